@@ -1,5 +1,6 @@
 #include "service/APIService.h"
 
+#include "foundation/ProgrammingError.h"
 #include "platform/Platform.h"
 #include "service/AnyDecodable.h"
 #include "service/BuildNumber.h"
@@ -7,8 +8,6 @@
 #include "service/RequestBody.h"
 #include "service/ServiceAddress.h"
 #include "service/SummarizeResponse.h"
-
-#include "foundation/ProgrammingError.h"
 
 #include <QHash>
 #include <QStringDecoder>
@@ -126,7 +125,10 @@ Task<Response> APIService::request(QByteArray method, QString path, std::optiona
     if (!transport->isValidUrl(url))
         throw APIError::network(QStringLiteral("Invalid URL"));
 
-    HttpRequest request{.method = method, .url = url, .timeout = kTimeout};
+    HttpRequest request;
+    request.method = method;
+    request.url = url;
+    request.timeout = kTimeout;
     request.headers.append({QByteArrayLiteral("Content-Type"), QByteArrayLiteral("application/json")});
     // A transcript of hours is not serialised on the caller's thread, nor is the secret store asked there.
     request = co_await onGeneralPool([request, body, authenticated]() mutable {
@@ -201,11 +203,12 @@ Task<UserProfile> APIService::fetchProfile()
     return get<UserProfile>(QStringLiteral("/auth/me"));
 }
 
+// GCC 12 cannot keep an initialiser list across a wait, so bodies stand before it.
+
 Task<> APIService::logRecording(QString title, double duration)
 {
-    co_await post<Mapping<AnyDecodable>>(
-        QStringLiteral("/auth/record"),
-        {{QStringLiteral("title"), title}, {QStringLiteral("duration"), duration}});
+    const QJsonObject body{{QStringLiteral("title"), title}, {QStringLiteral("duration"), duration}};
+    co_await post<Mapping<AnyDecodable>>(QStringLiteral("/auth/record"), body);
 }
 
 Task<UserProfile> APIService::updateProfile(QString name)
@@ -215,9 +218,9 @@ Task<UserProfile> APIService::updateProfile(QString name)
 
 Task<> APIService::changePassword(QString currentPassword, QString newPassword)
 {
-    co_await put<Mapping<AnyDecodable>>(QStringLiteral("/auth/password"),
-                                        {{QStringLiteral("current_password"), currentPassword},
-                                         {QStringLiteral("new_password"), newPassword}});
+    const QJsonObject body{{QStringLiteral("current_password"), currentPassword},
+                           {QStringLiteral("new_password"), newPassword}};
+    co_await put<Mapping<AnyDecodable>>(QStringLiteral("/auth/password"), body);
 }
 
 Task<SubscriptionOrder> APIService::createOrder(QString tier)
@@ -267,9 +270,9 @@ Task<> APIService::deleteUser(qint64 id)
 
 Task<QString> APIService::summarize(QString transcript, QString language)
 {
-    const auto response = co_await post<SummarizeResponse>(
-        QStringLiteral("/summarize"),
-        {{QStringLiteral("transcript"), transcript}, {QStringLiteral("language"), language}});
+    const QJsonObject body{{QStringLiteral("transcript"), transcript},
+                           {QStringLiteral("language"), language}};
+    const auto response = co_await post<SummarizeResponse>(QStringLiteral("/summarize"), body);
     co_return response.summary;
 }
 
