@@ -1,6 +1,8 @@
 """talvenor-service as a child process, for the scripts that need one on loopback."""
 import secrets
 import subprocess
+import sys
+import threading
 
 
 def create_account(bin_folder, data, email, name, tier, password=None):
@@ -28,8 +30,14 @@ class Service:
         for line in self._process.stdout:
             if line.startswith(self.MARK):
                 self.url = line[len(self.MARK):].strip()
+                # A pipe that nobody reads would one day stop the service.
+                threading.Thread(target=self._pass_on, daemon=True).start()
                 return self
         raise SystemExit(f"talvenor-service did not start (exit code {self._process.wait()})")
+
+    def _pass_on(self):
+        for line in self._process.stdout:
+            sys.stderr.write(line)
 
     def __exit__(self, *_):
         self._process.terminate()

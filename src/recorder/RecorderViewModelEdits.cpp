@@ -12,6 +12,20 @@
 
 namespace talvenor {
 
+namespace {
+
+// Off the main thread, since the target may be a slow drive.
+Task<> writeExport(StorageService &storage, Recording recording, QString url)
+{
+    try {
+        co_await onGeneralPool([&storage, recording, url] { storage.exportTranscript(recording, url); });
+    } catch (const std::exception &) {
+        // Dropped without a message: the panel has already warned of what it could see.
+    }
+}
+
+} // namespace
+
 void RecorderViewModel::refreshSelection(const QUuid &id, qsizetype index)
 {
     if (m_selectedRecording && m_selectedRecording->id == id)
@@ -97,11 +111,9 @@ void RecorderViewModel::exportRecording(const Recording &recording)
         request, [self, recording](PanelResponse response, const std::optional<QString> &path) {
             if (response != PanelResponse::ok || !path || !self)
                 return;
-            try {
-                self->m_storageService.exportTranscript(recording, *path);
-            } catch (const std::exception &) {
-                // Dropped without a message, as the desktop's own dialog has already warned of what it could see.
-            }
+            startTask(self, [&storage = self->m_storageService, recording, url = *path]() {
+                return writeExport(storage, recording, url);
+            });
         });
 }
 

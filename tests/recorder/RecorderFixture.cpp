@@ -1,0 +1,155 @@
+#include "recorderfakes/RecorderFixture.h"
+
+#include "platform/Platform.h"
+#include "service/AuthService.h"
+#include "settings/AppSettings.h"
+#include "store/StorageService.h"
+#include "support/Await.h"
+
+#include <QFile>
+#include <QJsonDocument>
+
+namespace talvenor::test {
+
+namespace {
+
+/// A microphone that is there or not and starts when it is told to.
+class ScriptedEngine : public AudioEngine
+{
+public:
+    explicit ScriptedEngine(RecorderFixture &fixture) : m_fixture(fixture) {}
+
+    Task<AudioFormat> inputFormat() override
+    {
+        co_return m_fixture.hasMicrophone ? AudioFormat{48000, 1} : AudioFormat{};
+    }
+    void installTap(std::uint32_t, const AudioFormat &, Tap tap) override { m_fixture.tap = std::move(tap); }
+    void removeTap() override { m_fixture.tap = nullptr; }
+    void prepare() override {}
+    Task<> start() override
+    {
+        if (m_fixture.microphoneGate) {
+            const OneShot<void> gate = *m_fixture.microphoneGate;
+            co_await gate;
+        }
+    }
+    void stop() override {}
+
+private:
+    RecorderFixture &m_fixture;
+};
+
+/// Takes all sound and keeps nothing.
+class NoFile : public AudioFile
+{
+public:
+    explicit NoFile(const QString &path)
+    {
+        QFile file(path);
+        if (!file.open(QIODevice::WriteOnly))
+            throw PlatformError(QStringLiteral("file"), int(file.error()), file.errorString());
+        file.write("sound");
+    }
+    void write(const PcmBuffer &) override {}
+};
+
+} // namespace
+
+RecorderFixture::RecorderFixture()
+{
+    Platform &platform = Platform::shared();
+    platform.createAudioEngine = [this] {
+        if (whenEngineIsMade)
+            whenEngineIsMade();
+        return std::make_unique<ScriptedEngine>(*this);
+    };
+    platform.createAudioFile = [](const QString &path, const AudioFileSettings &) {
+        return std::make_unique<NoFile>(path);
+    };
+    platform.shareableContent = []() -> Task<ShareableContent> { co_return ShareableContent(); };
+    platform.createSpeechRecognizer = [this](const QString &locale) { return speech.createRecognizer(locale); };
+    platform.authorization = authorization;
+    platform.secretStore = secrets;
+    platform.httpTransport = service;
+    platform.filePanels = panels;
+
+    AppSettings &settings = AppSettings::shared();
+    settings.setStorageDirectory(folder.path());
+    settings.setAppLanguage(AppLanguage::english);
+    settings.setTranscriptionLanguage(TranscriptionLanguage::english);
+    settings.setAutoTranscribe(false);
+    settings.setAutoSummarize(false);
+    AuthService::shared().logout();
+    service->answer(QStringLiteral("POST /auth/record"), 200, {{QStringLiteral("ok"), true}});
+}
+
+RecorderFixture::~RecorderFixture()
+{
+    // Tasks that a test has left waiting must find no view model when they go on.
+    viewModel.reset();
+    StorageService::shared().waitUntilSaved();
+    QCoreApplication::sendPostedEvents();
+    QCoreApplication::processEvents();
+    Platform &platform = Platform::shared();
+    platform.createAudioEngine = nullptr;
+    platform.createSpeechRecognizer = nullptr;
+}
+
+RecorderViewModel &RecorderFixture::start()
+{
+    viewModel = std::make_unique<RecorderViewModel>();
+    return *viewModel;
+}
+
+void RecorderFixture::signIn(const QJsonObject &overrides)
+{
+    QJsonObject profile{
+        {QStringLiteral("id"), 1},
+        {QStringLiteral("email"), QStringLiteral("anna@example.invalid")},
+        {QStringLiteral("name"), QStringLiteral("Anna")},
+        {QStringLiteral("role"), QStringLiteral("user")},
+        {QStringLiteral("subscription_tier"), QStringLiteral("premium")},
+        {QStringLiteral("recordings_count"), 0},
+    };
+    for (auto value = overrides.begin(); value != overrides.end(); ++value)
+        profile[value.key()] = value.value();
+    service->answer(QStringLiteral("GET /auth/me"), 200, profile);
+    service->answer(QStringLiteral("POST /auth/login"), 200,
+                    {{QStringLiteral("token"), QStringLiteral("t")}, {QStringLiteral("user"), profile}});
+    await(AuthService::shared().login(QStringLiteral("anna@example.invalid"), QStringLiteral("secret")));
+}
+
+void RecorderFixture::signOut()
+{
+    AuthService::shared().logout();
+}
+
+QJsonArray RecorderFixture::savedList()
+{
+    StorageService::shared().waitUntilSaved();
+    return listOnDisk();
+}
+
+QJsonArray RecorderFixture::listOnDisk() const
+{
+    QFile file(folder.path() + QStringLiteral("/recordings.json"));
+    if (!file.open(QIODevice::ReadOnly))
+        return {};
+    return QJsonDocument::fromJson(file.readAll()).array();
+}
+
+void RecorderFixture::writeList(const QList<Recording> &recordings)
+{
+    StorageService::shared().saveRecordings(recordings);
+    StorageService::shared().waitUntilSaved();
+}
+
+void RecorderFixture::record(int seconds)
+{
+    viewModel->startRecording();
+    QVERIFY(waitUntil([this] { return viewModel->isRecording(); }));
+    QVERIFY(waitUntil([this, seconds] { return viewModel->recordingDuration() >= seconds; }));
+    viewModel->stopRecording();
+}
+
+} // namespace talvenor::test
