@@ -182,7 +182,8 @@ private:
             av_channel_layout_default(&from, m_inputChannels);
         else
             libavCheck(av_channel_layout_copy(&from, &m_frame->ch_layout), cannotBeOpened());
-        const AVChannelLayout mono = AV_CHANNEL_LAYOUT_MONO;
+        AVChannelLayout mono{};
+        av_channel_layout_default(&mono, 1);
         SwrContext *resampler = nullptr;
         int result = swr_alloc_set_opts2(&resampler, &mono, AV_SAMPLE_FMT_S16, kSampleRate, &from,
                                          static_cast<AVSampleFormat>(m_inputFormat), m_inputRate, 0, nullptr);
