@@ -136,6 +136,10 @@ private:
 
 /// Runs `work` on the general pool and waits for its result or its exception without blocking the calling
 /// thread, which needs an event loop.
+///
+/// Name the lambda and move it in: `auto work = [...] {...}; co_await onGeneralPool(std::move(work));`. GCC before
+/// 13 destroys twice what a temporary lambda has captured, or a temporary aggregate holds, when it stands inside a
+/// `co_await` expression. tests/foundation/coroutine_temporaries_test.py looks for such places.
 template<typename Work>
 Task<std::invoke_result_t<Work>> onGeneralPool(Work work)
 {

@@ -18,7 +18,8 @@ namespace {
 Task<> writeExport(StorageService &storage, Recording recording, QString url)
 {
     try {
-        co_await onGeneralPool([&storage, recording, url] { storage.exportTranscript(recording, url); });
+        auto write = [&storage, recording, url] { storage.exportTranscript(recording, url); };
+        co_await onGeneralPool(std::move(write));
     } catch (const std::exception &) {
         // Dropped without a message: the panel has already warned of what it could see.
     }

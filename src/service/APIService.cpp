@@ -131,7 +131,7 @@ Task<Response> APIService::request(QByteArray method, QString path, std::optiona
     request.timeout = kTimeout;
     request.headers.append({QByteArrayLiteral("Content-Type"), QByteArrayLiteral("application/json")});
     // A transcript of hours is not serialised on the caller's thread, nor is the secret store asked there.
-    request = co_await onGeneralPool([request, body, authenticated]() mutable {
+    auto prepare = [request, body, authenticated]() mutable {
         if (authenticated) {
             if (const auto bearer = token())
                 request.headers.append(
@@ -140,18 +140,20 @@ Task<Response> APIService::request(QByteArray method, QString path, std::optiona
         if (body)
             request.body = serializedBody(*body);
         return request;
-    });
+    };
+    request = co_await onGeneralPool(std::move(prepare));
 
     const HttpResponse response = co_await transport->send(std::move(request));
     if (response.statusCode == 0)
         throw APIError::network(QStringLiteral("No response"));
-    co_return co_await onGeneralPool([response] {
+    auto read = [response] {
         if (response.statusCode == 401) {
             setToken(std::nullopt);
             throw APIError::unauthorized();
         }
         return decoded<Response>(response);
-    });
+    };
+    co_return co_await onGeneralPool(std::move(read));
 }
 
 template<typename Response>
@@ -181,7 +183,8 @@ Task<Response> APIService::delete_(QString path, bool authenticated)
 Task<AuthResponse> APIService::authenticate(QString path, QJsonObject body)
 {
     const auto response = co_await post<AuthResponse>(std::move(path), std::move(body), false);
-    co_await onGeneralPool([token = response.token] { setToken(token); });
+    auto save = [token = response.token] { setToken(token); };
+    co_await onGeneralPool(std::move(save));
     co_return response;
 }
 

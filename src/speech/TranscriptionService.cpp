@@ -116,8 +116,8 @@ Task<QList<TranscriptSegment>> TranscriptionService::transcribe(QString audioURL
     const std::weak_ptr<const std::monostate> alive = m_alive;
     const QString locale = stringForm(language);
 
-    std::shared_ptr<SpeechRecognizer> recognizer =
-        co_await onGeneralPool([locale, audioURL] { return makeRecognizer(locale, audioURL); });
+    auto make = [locale, audioURL] { return makeRecognizer(locale, audioURL); };
+    std::shared_ptr<SpeechRecognizer> recognizer = co_await onGeneralPool(std::move(make));
 
     if (self) {
         self->setIsTranscribing(true);
@@ -135,9 +135,10 @@ Task<QList<TranscriptSegment>> TranscriptionService::transcribe(QString audioURL
 
     const OneShot<QList<TranscriptSegment>> continuation;
     const auto handler = std::make_shared<RecognitionHandler>(continuation, alive);
-    co_await onGeneralPool([recognizer = std::move(recognizer), audioURL, handler] {
+    auto start = [recognizer = std::move(recognizer), audioURL, handler] {
         startRecognition(*recognizer, audioURL, handler);
-    });
+    };
+    co_await onGeneralPool(std::move(start));
     co_return co_await continuation;
 }
 

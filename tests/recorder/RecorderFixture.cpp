@@ -1,5 +1,6 @@
 #include "recorderfakes/RecorderFixture.h"
 
+#include "foundation/LocalizedError.h"
 #include "platform/Platform.h"
 #include "service/AuthService.h"
 #include "settings/AppSettings.h"

@@ -1,5 +1,6 @@
 #include "recorderfakes/RecorderFixture.h"
 
+#include "platform/Platform.h"
 #include "settings/AppSettings.h"
 #include "store/StorageService.h"
 #include "support/Await.h"
@@ -38,12 +39,6 @@ void transcribe(RecorderFixture &fixture, const Recording &recording)
 {
     startTask(fixture.viewModel.get(),
               [viewModel = fixture.viewModel.get(), recording] { return viewModel->transcribeRecording(recording); });
-}
-
-void summarize(RecorderFixture &fixture, const Recording &recording)
-{
-    startTask(fixture.viewModel.get(),
-              [viewModel = fixture.viewModel.get(), recording] { return viewModel->summarizeRecording(recording); });
 }
 
 QString statusOnDisk(RecorderFixture &fixture, int index = 0)
