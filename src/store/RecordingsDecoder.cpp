@@ -127,9 +127,13 @@ QDateTime date(const Place &place, std::string_view key, const dom::element &val
         return result;
     };
     QDateTime result;
-    if (isValid)
-        result = QDateTime(QDate(number(0, 4), number(5, 2), number(8, 2)),
-                           QTime(number(11, 2), number(14, 2), number(17, 2)), Qt::UTC);
+    if (isValid) {
+        const QDate day(number(0, 4), number(5, 2), number(8, 2));
+        const QTime time(number(11, 2), number(14, 2), number(17, 2));
+        // An invalid time of a valid day would pass for midnight.
+        if (time.isValid())
+            result = QDateTime(day, time, Qt::UTC);
+    }
     if (!result.isValid())
         place.fail(key, QStringLiteral("is not a date of the form yyyy-MM-ddTHH:mm:ssZ"));
     return result;
