@@ -90,7 +90,7 @@ bool WhisperRecognizer::isAvailable() const
 
 SpeechTaskState WhisperRecognizer::recognitionTask(const SpeechRequest &request, ResultHandler handler)
 {
-    m_runs->start(std::move(handler),
+    m_runs->start(std::move(handler), request.shouldReportPartialResults,
                   [engine = m_engine, request](RecognitionRun &run) { recognize(run, engine, request); });
     return SpeechTaskState::starting;
 }
