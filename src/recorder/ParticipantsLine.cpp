@@ -49,7 +49,10 @@ ParsedSummary parseParticipants(const QString &summary)
                 parsed.names.append(name.toString());
         }
     }
-    parsed.cleaned = trimmed(kept.join(u'\n'), isBlankOrBreak).toString();
+    const QString body = kept.join(u'\n');
+    parsed.cleaned = trimmed(body, isBlankOrBreak).toString();
+    if (parsed.cleaned.isNull())
+        parsed.cleaned = QStringLiteral(""); // an empty summary is a summary
     return parsed;
 }
 

@@ -71,10 +71,11 @@ private Q_SLOTS:
         QThread *worker = nullptr;
         QThread *resumed = nullptr;
         const auto result = await([&]() -> Task<std::unique_ptr<int>> {
-            auto value = co_await onGeneralPool([&worker] {
+            auto work = [&worker] {
                 worker = QThread::currentThread();
                 return std::make_unique<int>(42);
-            });
+            };
+            auto value = co_await onGeneralPool(std::move(work));
             resumed = QThread::currentThread();
             co_return value;
         }());

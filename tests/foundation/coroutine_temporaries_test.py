@@ -19,7 +19,7 @@ COMMENT = re.compile(r"//[^\n]*|/\*.*?\*/|\"(?:\\.|[^\"\\\n])*\"", re.DOTALL)
 def statements(text):
     """Each co_await with what follows to the end of its statement, and its line."""
     text = COMMENT.sub(lambda found: re.sub(r"[^\n]", " ", found.group()), text)
-    for found in re.finditer(r"\bco_await\b", text):
+    for found in re.finditer(r"(?<!operator )\bco_await\b", text):
         depth = 0
         end = found.end()
         while end < len(text):
