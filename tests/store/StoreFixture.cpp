@@ -51,11 +51,11 @@ Recording longMeeting(int minutes, int seed)
     recording.duration = minutes * 60;
     recording.audioFileName = QStringLiteral("meeting_%1.m4a").arg(seed);
     recording.status = RecordingStatus::completed;
-    recording.transcriptSegments.reserve(minutes * 10);
-    for (int i = 0; i < minutes * 10; ++i) {
+    recording.transcriptSegments.reserve(minutes * 12);
+    for (int i = 0; i < minutes * 12; ++i) {
         recording.transcriptSegments.append(TranscriptSegment{
             .id = numbered(4, base + quint32(i)),
-            .timestamp = i * 6 + 0.37,
+            .timestamp = i * 5 + 0.37,
             .text = QStringLiteral("We said thing %1 of meeting %2, and then we talked for a while about the "
                                    "size of the für and wider.")
                         .arg(i)

@@ -11,7 +11,7 @@ namespace talvenor::test {
 /// A finished recording with everything in it: two segments, one with a speaker, two participants, a summary.
 [[nodiscard]] Recording fullRecording();
 
-/// A meeting of `minutes` minutes with one spoken line of about 90 characters every six seconds, every part
+/// A meeting of `minutes` minutes with one spoken line of about 90 characters every five seconds, every part
 /// of it different for different values of `seed`.
 [[nodiscard]] Recording longMeeting(int minutes, int seed);
 
