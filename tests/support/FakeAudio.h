@@ -237,7 +237,7 @@ public:
     std::vector<std::shared_ptr<FakeFileState>> files;
 
     std::exception_ptr createFileError;       ///< what `createAudioFile` throws
-    std::optional<OneShot<void>> contentGate; ///< `shareableContent` answers after this
+    std::optional<OneShot<void>> contentGate; ///< the next `shareableContent` answers after this
     std::exception_ptr contentError;          ///< what `shareableContent` throws
     QList<ShareableDisplay> displays{{QStringLiteral("first")}, {QStringLiteral("second")}};
     std::shared_ptr<FakeAuthorization> authorization = std::make_shared<FakeAuthorization>();
@@ -284,8 +284,8 @@ private:
     Task<ShareableContent> content()
     {
         journal->note(QStringLiteral("content"));
-        if (contentGate)
-            co_await *contentGate;
+        if (const auto gate = std::exchange(contentGate, std::nullopt))
+            co_await *gate;
         if (contentError)
             std::rethrow_exception(contentError);
         co_return ShareableContent{displays};
