@@ -69,8 +69,7 @@ Task<std::optional<double>> AudioCaptureService::startMicrophone(QString url)
                                      .encoderAudioQuality = AudioQuality::high};
     // Named, because GCC 12 destroys twice what a temporary lambda in a co_await has captured.
     auto create = [url, settings] { return Platform::shared().createAudioFile(url, settings); };
-    std::unique_ptr<AudioFile> file =
-        co_await onGeneralPool(std::move(create));
+    std::unique_ptr<AudioFile> file = co_await onGeneralPool(std::move(create));
     if (isOver())
         co_return std::nullopt;
     m_writer->setFile(std::move(file));
