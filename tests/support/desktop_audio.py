@@ -77,6 +77,16 @@ def load_devices(environment, microphone=True):
 
 def plug_microphone(environment, name="microphone", rate=48000):
     """Adds a source that hears the room and makes it the default."""
+    if (_folder(environment) / "kind").read_text(encoding="ascii") == "pipewire" and rate != 48000:
+        # PipeWire's module-remap-source has the graph's rate whatever it is told; this one has its own.
+        _load(environment, "module-null-sink", "media.class=Audio/Source/Virtual", f"sink_name={name}",
+              f"rate={rate}", "channels=1", "channel_map=mono")
+        _wait("the microphone", lambda: _listed(environment, "sources", name), _folder(environment))
+        _wait("the microphone's cable", lambda: subprocess.run(
+            ["pw-link", "room:monitor_FL", f"{name}:input_MONO"], env=environment, capture_output=True,
+            timeout=20, check=False).returncode == 0, _folder(environment))
+        _pactl(environment, "set-default-source", name)
+        return
     _load(environment, "module-remap-source", "master=room.monitor", f"source_name={name}", f"rate={rate}",
           "channels=1", "channel_map=mono", "master_channel_map=front-left", "remix=no")
     _wait("the microphone", lambda: _listed(environment, "sources", name), _folder(environment))
@@ -87,7 +97,7 @@ def unplug_microphone(environment):
     """Takes all virtual microphones away; what listens to one sees it vanish."""
     for line in _pactl(environment, "list", "short", "modules").stdout.splitlines():
         fields = line.split("\t")
-        if len(fields) > 1 and fields[1] == "module-remap-source":
+        if len(fields) > 1 and (fields[1] == "module-remap-source" or "Audio/Source/Virtual" in line):
             _pactl(environment, "unload-module", fields[0])
 
 
