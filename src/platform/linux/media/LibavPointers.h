@@ -32,6 +32,17 @@ struct LibavOutputFreer
     void operator()(AVFormatContext *context) const { avformat_free_context(context); }
 };
 
+/// Frees an I/O context that was made on a buffer of its own.
+struct LibavIoFreer
+{
+    void operator()(AVIOContext *context) const
+    {
+        av_freep(&context->buffer);
+        avio_context_free(&context);
+    }
+};
+
+using AVIOContextPointer = std::unique_ptr<AVIOContext, LibavIoFreer>;
 using AVCodecContextPointer = std::unique_ptr<AVCodecContext, LibavDeleter>;
 using AVFramePointer = std::unique_ptr<AVFrame, LibavDeleter>;
 using AVPacketPointer = std::unique_ptr<AVPacket, LibavDeleter>;

@@ -1,0 +1,45 @@
+#pragma once
+
+#include "platform/linux/media/LibavPointers.h"
+
+#include <cstdint>
+#include <vector>
+
+namespace talvenor {
+
+/// Turns AAC packets into the bytes of a fragmented MPEG-4 file, in memory. One thread at a time.
+///
+/// Each fragment of a second is complete in itself, so that a file which ends after any of them plays to its
+/// end. The first one is cut at the first packet: with it the file is a playable one.
+class FragmentMuxer
+{
+public:
+    /// Throws PlatformError.
+    explicit FragmentMuxer(const AVCodecContext &encoder);
+    FragmentMuxer(const FragmentMuxer &) = delete;
+    FragmentMuxer &operator=(const FragmentMuxer &) = delete;
+
+    /// Takes the packet's data. Throws PlatformError.
+    void add(AVPacket &packet);
+
+    /// Cuts the last fragment. Throws PlatformError.
+    void finish();
+
+    /// Whole fragments that have not been taken yet; whoever writes them to a file clears them.
+    [[nodiscard]] std::vector<std::uint8_t> &output() { return m_output; }
+
+private:
+    static int append(void *self, std::uint8_t *data, int size);
+    void cut();
+
+    std::vector<std::uint8_t> m_output;
+    AVIOContextPointer m_io;
+    AVOutputPointer m_muxer;
+    AVRational m_packetTimeBase;
+    std::int64_t m_fragmentLength = 0; ///< of a whole fragment, in packet time
+    std::int64_t m_fragmentStart = 0;  ///< of the fragment under way, in packet time
+    bool m_fragmentHasPackets = false;
+    bool m_isFirstFragment = true;
+};
+
+} // namespace talvenor
