@@ -1,20 +1,20 @@
 #include "platform/linux/network/LibsecretStore.h"
 
 #include "foundation/LocalizedError.h"
-#include "foundation/Task.h"
 #include "platform/UnifiedLog.h"
 #include "platform/linux/network/ProgramEnd.h"
 #include "platform/linux/network/SecretServiceClient.h"
 
 #include <map>
 #include <mutex>
+#include <thread>
 #include <utility>
 
 namespace talvenor {
 
 namespace {
 
-const auto kLocked = QStringLiteral("The secret store is locked; its secrets stay untouched.");
+const auto kLocked = QStringLiteral("The secret store is locked or not set up; nothing in it is touched.");
 const auto kAbsent =
     QStringLiteral("There is no secret store on the session bus; secrets last until the program ends.");
 
@@ -24,11 +24,7 @@ const auto kAbsent =
 class LibsecretStore::State : public std::enable_shared_from_this<State>
 {
 public:
-    State() : m_cancellable(g_cancellable_new(), GLibRelease())
-    {
-        // An open question must not hold up the end of the program.
-        callAtProgramEnd([cancellable = m_cancellable] { g_cancellable_cancel(cancellable.get()); });
-    }
+    State() { watchForProgramEnd(); }
 
     void save(const SecretName &name, const QByteArray &data)
     {
@@ -39,7 +35,7 @@ public:
                 askToUnlock(name);
                 return;
             }
-            client.store(name, data, nullptr);
+            client.store(name, data);
             m_pending.erase(name);
             m_lastTrouble.clear();
         });
@@ -113,39 +109,51 @@ private:
         tell(kLocked);
         if (std::exchange(m_hasAsked, true))
             return;
-        generalPool().start([state = shared_from_this(), name] {
+        // A thread that nobody waits for: the person may never answer, libsecret cannot take a question back
+        // once it is asked, and the pool would hold up the end of the program.
+        std::thread([state = shared_from_this(), name] {
             try {
                 // A connection of its own, so that nobody waits for the lock while a person thinks.
                 SecretServiceClient client;
-                if (client.unlock(name, state->m_cancellable.get()))
+                // He may also have unlocked it by other means while the question was open.
+                if (client.unlock(name) || client.isDefaultCollectionReady())
                     state->settle(client);
             } catch (const PlatformError &error) {
                 const std::lock_guard guard(state->m_lock);
                 state->tell(QStringLiteral("The secret store stays locked: ") + error.errorDescription());
             }
-        });
+        }).detach();
     }
 
-    /// Does what had to wait for the store to be unlocked. On the pool, without the lock.
+    /// Does what had to wait for the store to be unlocked. On the thread of the question.
     void settle(SecretServiceClient &client)
     {
+        if (isProgramEnding())
+            return;
         std::unique_lock guard(m_lock);
-        const auto pending = m_pending;
-        guard.unlock();
-        for (const auto &[name, value] : pending) {
-            if (value)
-                client.store(name, *value, m_cancellable.get());
-            else if (!client.remove(name))
-                continue;
-            guard.lock();
-            // A newer wish has been carried out by its own call, or is pending in its own right.
-            if (const auto entry = m_pending.find(name); entry != m_pending.end() && entry->second == value)
-                m_pending.erase(entry);
+        if (!client.isDefaultCollectionReady()) {
+            // Not locked then, but never set up: the first secret has the user asked for a password.
+            const auto pending = m_pending;
             guard.unlock();
+            for (const auto &[name, value] : pending) {
+                if (value)
+                    client.store(name, *value);
+            }
+            guard.lock();
         }
+        // Under the lock, so that no reader meets an item that is being replaced.
+        for (auto entry = m_pending.begin(); entry != m_pending.end();) {
+            const auto &[name, value] = *entry;
+            if (value)
+                client.store(name, *value);
+            if (value || client.remove(name))
+                entry = m_pending.erase(entry);
+            else
+                ++entry;
+        }
+        m_lastTrouble.clear();
     }
 
-    const std::shared_ptr<GCancellable> m_cancellable;
     std::mutex m_lock;
     // All of the following is guarded by m_lock.
     std::unique_ptr<SecretServiceClient> m_client;             ///< absent until needed and after a failure

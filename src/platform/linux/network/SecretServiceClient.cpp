@@ -139,12 +139,12 @@ bool SecretServiceClient::isDefaultCollectionReady()
     return collection && !secret_collection_get_locked(collection.get());
 }
 
-void SecretServiceClient::store(const SecretName &name, const QByteArray &value, GCancellable *cancellable)
+void SecretServiceClient::store(const SecretName &name, const QByteArray &value)
 {
     const SecretValuePointer secret(secret_value_new(value.constData(), value.size(), "text/plain"));
     ErrorSlot error;
     secret_service_store_sync(m_service.get(), &kSchema, attributes(name).get(), SECRET_COLLECTION_DEFAULT,
-                              "Talvenor", secret.get(), cancellable, error);
+                              "Talvenor", secret.get(), nullptr, error);
     error.throwIfSet();
 }
 
@@ -163,7 +163,7 @@ bool SecretServiceClient::remove(const SecretName &name)
     return !isAnyLeft;
 }
 
-bool SecretServiceClient::unlock(const SecretName &name, GCancellable *cancellable)
+bool SecretServiceClient::unlock(const SecretName &name)
 {
     const Items items = search(m_service.get(), name, SECRET_SEARCH_NONE);
     const auto collection = defaultCollection(m_service.get());
@@ -177,7 +177,7 @@ bool SecretServiceClient::unlock(const SecretName &name, GCancellable *cancellab
     const auto wanted = int(g_list_length(locked));
     ErrorSlot error;
     const int unlocked =
-        wanted == 0 ? 0 : secret_service_unlock_sync(m_service.get(), locked, cancellable, nullptr, error);
+        wanted == 0 ? 0 : secret_service_unlock_sync(m_service.get(), locked, nullptr, nullptr, error);
     g_list_free(locked);
     error.throwIfSet();
     return unlocked == wanted;

@@ -49,15 +49,15 @@ public:
     [[nodiscard]] bool isDefaultCollectionReady();
 
     /// Writes in place of what has the same name. Asks the user, and waits for the answer, where the default
-    /// collection is locked or has yet to be made; `cancellable` ends that.
-    void store(const SecretName &name, const QByteArray &value, GCancellable *cancellable);
+    /// collection is locked or has yet to be made.
+    void store(const SecretName &name, const QByteArray &value);
 
     /// Removes what can be removed without anybody being asked; true if nothing of the name is left.
     [[nodiscard]] bool remove(const SecretName &name);
 
     /// Has the user asked to unlock the default collection and all that bears the name, and waits for the
     /// answer. False if something stays locked.
-    [[nodiscard]] bool unlock(const SecretName &name, GCancellable *cancellable);
+    [[nodiscard]] bool unlock(const SecretName &name);
 
 private:
     GObjectPointer<SecretService> m_service;
