@@ -1,0 +1,131 @@
+#include "screens/Accessibility.h"
+
+#include <QAccessible>
+#include <QQuickItem>
+
+// The only private headers of the program: Qt gives no other way to an item's interface.
+#include <QtQuick/private/qaccessiblequickitem_p.h>
+#include <QtQuick/private/qquickitem_p.h>
+
+namespace talvenor {
+
+namespace {
+
+/// Qt Quick's own interface, which forgets that an item can be disabled, that a field can be written to, and
+/// that the text of a secure one is nobody's business.
+class AccessibleItem final : public QAccessibleQuickItem, public QAccessibleEditableTextInterface
+{
+public:
+    using QAccessibleQuickItem::QAccessibleQuickItem;
+
+    [[nodiscard]] QAccessible::State state() const override
+    {
+        QAccessible::State state = QAccessibleQuickItem::state();
+        if (!item()->isEnabled()) {
+            state.disabled = true;
+            state.focusable = false;
+        }
+        return state;
+    }
+
+    [[nodiscard]] QString text(QAccessible::Text kind) const override
+    {
+        return kind == QAccessible::Value && isSecure() ? shownText() : QAccessibleQuickItem::text(kind);
+    }
+
+    [[nodiscard]] QString text(int startOffset, int endOffset) const override
+    {
+        return isSecure() ? shownText().mid(startOffset, endOffset - startOffset)
+                          : QAccessibleQuickItem::text(startOffset, endOffset);
+    }
+
+    [[nodiscard]] int characterCount() const override
+    {
+        return isSecure() ? static_cast<int>(shownText().size()) : QAccessibleQuickItem::characterCount();
+    }
+
+    // Bullets have no words and no lines: each question about such a part is answered with the whole.
+    QString textBeforeOffset(int offset, QAccessible::TextBoundaryType boundary, int *start,
+                             int *end) const override
+    {
+        return isSecure() ? wholeText(start, end)
+                          : QAccessibleQuickItem::textBeforeOffset(offset, boundary, start, end);
+    }
+
+    QString textAfterOffset(int offset, QAccessible::TextBoundaryType boundary, int *start,
+                            int *end) const override
+    {
+        return isSecure() ? wholeText(start, end)
+                          : QAccessibleQuickItem::textAfterOffset(offset, boundary, start, end);
+    }
+
+    QString textAtOffset(int offset, QAccessible::TextBoundaryType boundary, int *start,
+                         int *end) const override
+    {
+        return isSecure() ? wholeText(start, end)
+                          : QAccessibleQuickItem::textAtOffset(offset, boundary, start, end);
+    }
+
+    void *interface_cast(QAccessible::InterfaceType type) override
+    {
+        if (type == QAccessible::EditableTextInterface && role() == QAccessible::EditableText &&
+            canBeWrittenTo())
+            return static_cast<QAccessibleEditableTextInterface *>(this);
+        return QAccessibleQuickItem::interface_cast(type);
+    }
+
+    void insertText(int offset, const QString &text) override { replaceText(offset, offset, text); }
+    void deleteText(int startOffset, int endOffset) override { replaceText(startOffset, endOffset, {}); }
+
+    /// A negative end means the end of the text; positions beyond it are taken to be there.
+    void replaceText(int startOffset, int endOffset, const QString &text) override
+    {
+        if (!canBeWrittenTo())
+            return;
+        QString content = item()->property("text").toString();
+        const int length = static_cast<int>(content.size());
+        const int start = std::clamp(startOffset, 0, length);
+        const int end = endOffset < 0 ? length : std::clamp(endOffset, start, length);
+        content.replace(start, end - start, text);
+        item()->setProperty("text", content);
+    }
+
+private:
+    /// True if the item is a field that does not show what is typed.
+    [[nodiscard]] bool isSecure() const { return item()->property("echoMode").toInt() != 0; }
+
+    [[nodiscard]] QString shownText() const { return item()->property("displayText").toString(); }
+
+    QString wholeText(int *start, int *end) const
+    {
+        const QString whole = shownText();
+        *start = 0;
+        *end = static_cast<int>(whole.size());
+        return whole;
+    }
+
+    [[nodiscard]] bool canBeWrittenTo() const
+    {
+        return item()->isEnabled() && item()->property("text").isValid() &&
+               !item()->property("readOnly").toBool();
+    }
+};
+
+QAccessibleInterface *createInterface(const QString &className, QObject *object)
+{
+    if (className != QLatin1String("QQuickItem"))
+        return nullptr;
+    auto *const item = qobject_cast<QQuickItem *>(object);
+    if (!item || !QQuickItemPrivate::get(item)->isAccessible)
+        return nullptr;
+    return new AccessibleItem(item); // the accessibility cache owns it
+}
+
+} // namespace
+
+void installAccessibility()
+{
+    QAccessible::installFactory(createInterface);
+}
+
+} // namespace talvenor

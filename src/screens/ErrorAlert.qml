@@ -1,0 +1,43 @@
+import QtQuick
+import Talvenor
+
+/// The one alert for failures of recording, transcription, summary and export.
+Sheet {
+    id: alert
+
+    required property string message
+    required property bool isPresented
+
+    signal dismissed
+
+    title: L10n.error
+    visible: isPresented
+    width: 380
+    // However it was closed, the error counts as seen.
+    onClosed: dismissed()
+    onOpened: button.forceActiveFocus()
+
+    contentItem: Column {
+        spacing: 14
+
+        StaticText {
+            width: parent.width
+            text: L10n.error
+            font.pixelSize: Theme.title3
+            font.weight: Font.Bold
+        }
+        StaticText {
+            width: parent.width
+            text: alert.message
+            wrapMode: Text.Wrap
+            font.pixelSize: Theme.subheadline
+        }
+        PushButton {
+            id: button
+            anchors.right: parent.right
+            text: "OK"
+            look: PushButton.Accent
+            onClicked: alert.dismissed()
+        }
+    }
+}

@@ -1,0 +1,27 @@
+import QtQuick
+import Talvenor
+
+/// A field with its label above it.
+Column {
+    id: row
+
+    property alias text: input.text
+    property alias placeholder: input.placeholder
+    property alias isSecure: input.isSecure
+    property alias inputMethodHints: input.inputMethodHints
+    property alias field: input
+    required property string label
+
+    spacing: 5
+
+    StaticText {
+        text: row.label
+        color: Theme.secondary
+        font.pixelSize: Theme.caption
+    }
+    InputField {
+        id: input
+        width: row.width
+        label: row.label
+    }
+}

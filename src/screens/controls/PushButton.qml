@@ -1,0 +1,93 @@
+import QtQuick
+import QtQuick.Templates as T
+import Talvenor
+
+/// A button with a label, or with a glyph and a spoken name. Enter, Space and the tree's press action click it.
+T.Button {
+    id: control
+
+    enum Look {
+        Accent,
+        Secondary,
+        Link,
+        Glyph
+    }
+
+    property int look: PushButton.Secondary
+    property real cornerRadius: look === PushButton.Glyph ? width / 2 : 8
+    /// Shown in place of the label while something is under way.
+    property bool isBusy: false
+    /// What is spoken, where it is not the label.
+    property string spokenName: text
+    readonly property color foreground: {
+        if (look === PushButton.Accent)
+            return "#ffffff";
+        if (look === PushButton.Link)
+            return Theme.accentText;
+        return enabled ? Theme.primary : Theme.tertiary;
+    }
+
+    implicitWidth: look === PushButton.Glyph ? 28 : implicitContentWidth + leftPadding + rightPadding
+    implicitHeight: look === PushButton.Glyph ? 28 : implicitContentHeight + topPadding + bottomPadding
+    horizontalPadding: look === PushButton.Accent || look === PushButton.Secondary ? 14 : 2
+    verticalPadding: look === PushButton.Accent || look === PushButton.Secondary ? 8 : 2
+    focusPolicy: Qt.StrongFocus
+    font.pixelSize: Theme.subheadline
+    font.weight: look === PushButton.Accent || look === PushButton.Link ? Font.DemiBold : Font.Medium
+
+    Accessible.name: spokenName
+    Accessible.onPressAction: if (enabled)
+        control.clicked()
+    Keys.onReturnPressed: control.clicked()
+    Keys.onEnterPressed: control.clicked()
+
+    contentItem: Item {
+        implicitWidth: label.implicitWidth
+        implicitHeight: label.implicitHeight
+
+        Text {
+            id: label
+            anchors.centerIn: parent
+            width: Math.min(implicitWidth, parent.width)
+            visible: !control.isBusy
+            text: control.text
+            font: control.font
+            color: control.foreground
+            textFormat: Text.PlainText
+            elide: Text.ElideRight
+        }
+        Spinner {
+            anchors.centerIn: parent
+            visible: control.isBusy
+        }
+    }
+    background: Item {
+        Rectangle {
+            anchors.fill: parent
+            radius: control.cornerRadius
+            visible: control.look === PushButton.Accent
+            opacity: control.hovered || control.down ? 0.88 : 1
+            gradient: Gradient {
+                orientation: Gradient.Horizontal
+                GradientStop {
+                    position: 0
+                    color: Theme.purple
+                }
+                GradientStop {
+                    position: 1
+                    color: Theme.blue
+                }
+            }
+        }
+        Rectangle {
+            anchors.fill: parent
+            radius: control.cornerRadius
+            visible: control.look === PushButton.Secondary || control.look === PushButton.Glyph
+            color: Theme.withOpacity(Theme.primary, control.hovered || control.down ? 0.15 : 0.08)
+        }
+        FocusRing {
+            radius: control.cornerRadius + 3
+            visible: control.visualFocus
+        }
+    }
+}

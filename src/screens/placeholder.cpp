@@ -1,1 +1,0 @@
-// The folder's first source.
