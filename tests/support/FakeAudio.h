@@ -5,6 +5,7 @@
 
 #include <QStringList>
 
+#include <algorithm>
 #include <exception>
 #include <memory>
 #include <mutex>
@@ -21,14 +22,18 @@ public:
     void note(const QString &call)
     {
         const std::lock_guard guard(m_lock);
-        m_calls.append(call);
+        m_calls.push_back(call);
     }
     [[nodiscard]] QStringList calls() const
     {
         const std::lock_guard guard(m_lock);
-        return m_calls;
+        return {m_calls.begin(), m_calls.end()};
     }
-    [[nodiscard]] qsizetype count(const QString &call) const { return calls().count(call); }
+    [[nodiscard]] qsizetype count(const QString &call) const
+    {
+        const std::lock_guard guard(m_lock);
+        return std::count(m_calls.begin(), m_calls.end(), call);
+    }
     void clear()
     {
         const std::lock_guard guard(m_lock);
@@ -37,7 +42,7 @@ public:
 
 private:
     mutable std::mutex m_lock;
-    QStringList m_calls; ///< guarded by m_lock
+    std::vector<QString> m_calls; ///< guarded by m_lock
 };
 
 /// A failure of the platform with the text given, to be set as an error below.

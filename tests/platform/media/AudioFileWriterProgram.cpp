@@ -11,8 +11,8 @@
 
 using namespace talvenor;
 
-/// Writes a 440 Hz tone to a file at the pace of the clock, times a factor, until it is killed or the given time is
-/// over. For every block it prints the milliseconds of sound written so far.
+/// Writes a 440 Hz tone to a file at the pace of the clock, times a factor, until it is killed or the given
+/// time is over. For every block it prints the milliseconds of sound written so far.
 ///
 ///     AudioFileWriterProgram PATH SPEED SECONDS
 int main(int argc, char **argv)
@@ -37,8 +37,9 @@ int main(int argc, char **argv)
         frames += buffer.frameLength();
         std::printf("%lld\n", static_cast<long long>(double(frames) / rate * 1'000));
         std::fflush(stdout);
-        std::this_thread::sleep_until(start + std::chrono::duration_cast<std::chrono::steady_clock::duration>(
-                                                  std::chrono::duration<double>(double(frames) / rate / speed)));
+        std::this_thread::sleep_until(start +
+                                      std::chrono::duration_cast<std::chrono::steady_clock::duration>(
+                                          std::chrono::duration<double>(double(frames) / rate / speed)));
     }
     return 0;
 }

@@ -161,6 +161,10 @@ void AacEncoder::finish()
 {
     if (m_resampler)
         resample(nullptr, 0);
+    if (m_nextTimestamp == 0 && m_filled == 0) {
+        // A file without a single packet is none: players and recognisers take it for broken.
+        fillFrames(std::vector<float>(std::size_t(m_encoder->frame_size), 0.0F));
+    }
     if (m_filled > 0)
         sendFrame();
     libavCheck(avcodec_send_frame(m_encoder.get(), nullptr), whatFailed());

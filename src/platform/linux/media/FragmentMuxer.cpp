@@ -88,8 +88,7 @@ void FragmentMuxer::cut()
 
 void FragmentMuxer::finish()
 {
-    // Without a single packet the file gets its moov all the same, and is one that plays nothing.
-    if (m_fragmentHasPackets || m_isFirstFragment)
+    if (m_fragmentHasPackets)
         cut();
     libavCheck(av_write_trailer(m_muxer.get()), whatFailed());
     avio_flush(m_muxer->pb);
