@@ -43,6 +43,12 @@ void LoginLimiter::succeeded(const std::string &address, const std::string &emai
         --forAddress->second.attempts;
 }
 
+std::size_t LoginLimiter::size()
+{
+    const std::lock_guard guard(m_lock);
+    return m_entries.size();
+}
+
 LoginLimiter::Entry &LoginLimiter::entry(const std::string &key, TimePoint now)
 {
     Entry &entry = m_entries[key];

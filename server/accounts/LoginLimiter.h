@@ -32,6 +32,9 @@ public:
     /// Takes back what admit() counted, and the account's earlier failures from this address.
     void succeeded(const std::string &address, const std::string &email);
 
+    /// Entries kept at present.
+    [[nodiscard]] std::size_t size();
+
 private:
     struct Entry
     {

@@ -146,7 +146,8 @@ asio::awaitable<bool> Connection::awaitRequest()
         m_buffer.prepare(4096), asio::redirect_error(asio::use_awaitable, error));
     m_buffer.commit(size);
     m_idle = false;
-    co_return !error;
+    // finish() may have closed the socket when the bytes were on their way here already.
+    co_return !error && m_stream.socket().is_open();
 }
 
 /// Reads one request and answers it; true if the connection can be used again.

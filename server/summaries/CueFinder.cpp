@@ -170,8 +170,10 @@ std::optional<Task> taskIn(const Sentence &sentence, const std::vector<std::stri
         return Task{owner};
     if (firstOf(ownTasks, line) != std::string::npos) {
         const std::string speaker = lowerCase(sentence.speaker);
+        // A label may be the given name of somebody whose full name came up.
         const auto self = std::find_if(names.begin(), names.end(), [&speaker](const std::string &name) {
-            return lowerCase(name) == speaker;
+            const std::string lower = lowerCase(name);
+            return !speaker.empty() && (lower == speaker || lower.starts_with(speaker + " "));
         });
         return Task{self == names.end() ? std::string() : *self};
     }

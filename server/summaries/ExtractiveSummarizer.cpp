@@ -5,6 +5,7 @@
 #include "server/summaries/TextRank.h"
 
 #include <algorithm>
+#include <array>
 #include <iterator>
 #include <numeric>
 
@@ -18,6 +19,7 @@ constexpr std::size_t mostDecisions = 10;
 constexpr std::size_t mostTasks = 15;
 constexpr std::size_t shortestSentence = 4; ///< words; shorter ones say little out of their place
 constexpr std::size_t longestQuote = 400;   ///< bytes of one sentence
+constexpr int mostLooseWords = 3;
 constexpr std::size_t tailWords =
     6; ///< a phrase that begins so near to the end of an open line goes on behind it
 
@@ -53,6 +55,23 @@ bool isAlike(const std::vector<std::string> &left, const std::vector<std::string
     std::set_intersection(left.begin(), left.end(), right.begin(), right.end(), std::back_inserter(common));
     const std::size_t all = left.size() + right.size() - common.size();
     return all == 0 || common.size() * 2 > all;
+}
+
+/// True for words that lead on to others and end no sentence.
+bool isLoose(const std::string &word)
+{
+    constexpr std::array<std::string_view, 26> loose = {
+        "a",   "an",   "and",  "but", "or",  "so",  "the",  "then", "to",   "of",   "for", "with", "because",
+        "und", "oder", "aber", "der", "die", "das", "dass", "ein",  "eine", "dann", "für", "mit",  "weil"};
+    return std::find(loose.begin(), loose.end(), word) != loose.end();
+}
+
+bool isDay(const std::string &word)
+{
+    constexpr std::array<std::string_view, 14> days = {
+        "monday", "tuesday",  "wednesday", "thursday",   "friday",  "saturday", "sunday",
+        "montag", "dienstag", "mittwoch",  "donnerstag", "freitag", "samstag",  "sonntag"};
+    return std::find(days.begin(), days.end(), word) != days.end();
 }
 
 /// Builds one summary.
@@ -133,6 +152,8 @@ private:
                 --end; // not in the middle of a character
             return capitalised(text.substr(0, end)) + " …";
         }
+        if (!m_transcript.isPunctuated)
+            text = withoutLooseEnd(text);
         if (!m_transcript.isCased)
             text = withCapitals(text);
         text = upperFirst(text);
@@ -148,7 +169,20 @@ private:
         return capitalised(text.substr(0, end)) + text.substr(end);
     }
 
-    /// A text in lower case with the capitals of the people in it and of the English "I".
+    /// A line that a recogniser has cut anywhere, without the words at its end that begin something new.
+    static std::string withoutLooseEnd(const std::string &text)
+    {
+        std::string rest = text;
+        for (int count = 0; count < mostLooseWords; ++count) {
+            const std::size_t blank = rest.rfind(' ');
+            if (blank == std::string::npos || !isLoose(lowerCase(std::string_view(rest).substr(blank + 1))))
+                break;
+            rest.resize(blank);
+        }
+        return rest;
+    }
+
+    /// A text in lower case with the capitals of the people in it, of the days and of the English "I".
     [[nodiscard]] std::string withCapitals(const std::string &text) const
     {
         std::string result;
@@ -160,7 +194,7 @@ private:
                 return lowerCase(name) == word;
             });
             const bool isI = word == "i" || word.starts_with("i'");
-            result += (result.empty() ? "" : " ") + (isName || isI ? capitalised(word) : word);
+            result += (begin == 0 ? "" : " ") + (isName || isI || isDay(word) ? capitalised(word) : word);
             begin = end + 1;
         }
         return result;
@@ -193,7 +227,8 @@ private:
     {
         const Sentence &whole = sentence(index);
         if (!whole.continues || index + 1 >= m_transcript.sentences.size() ||
-            sentence(index + 1).speaker != whole.speaker || whole.words.size() <= tailWords)
+            sentence(index + 1).speaker != whole.speaker || whole.words.size() <= tailWords ||
+            whole.words.back().lower == "approved")
             return false;
         Sentence head = whole;
         head.words.resize(whole.words.size() - tailWords);
