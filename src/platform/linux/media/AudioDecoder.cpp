@@ -3,6 +3,7 @@
 #include "foundation/LocalizedError.h"
 #include "platform/linux/media/LibavError.h"
 #include "platform/linux/media/LibavPointers.h"
+#include "platform/linux/media/Mp4Boxes.h"
 
 extern "C" {
 #include <libavutil/channel_layout.h>
@@ -59,24 +60,35 @@ void requireRegularFile(const QString &path)
         throw PlatformError(QStringLiteral("file"), ENODATA, QStringLiteral("The audio file is empty."));
 }
 
+// Null if libav finds no audio there; `result` is then its reason.
+AVInputPointer openUrl(const QByteArray &url, int &result)
+{
+    AVFormatContext *context = nullptr;
+    AVDictionary *options = nullptr;
+    av_dict_set(&options, "protocol_whitelist", "file,subfile", 0);
+    av_dict_set(&options, "format_whitelist", kFormats, 0);
+    result = avformat_open_input(&context, url.constData(), nullptr, &options);
+    av_dict_free(&options);
+    AVInputPointer input(context); // null after a failure
+    if (result >= 0)
+        result = avformat_find_stream_info(input.get(), nullptr);
+    return result < 0 ? nullptr : std::move(input);
+}
+
 AVInputPointer openInput(const QString &path)
 {
     requireRegularFile(path);
-    AVFormatContext *context = avformat_alloc_context();
-    if (context == nullptr)
-        throwLibavError(AVERROR(ENOMEM), cannotBeOpened());
-    AVDictionary *options = nullptr;
-    av_dict_set(&options, "protocol_whitelist", "file", 0);
-    av_dict_set(&options, "format_whitelist", kFormats, 0);
     // The scheme in front keeps libav from reading one out of the path.
     const QByteArray url = "file:" + QFile::encodeName(path);
-    const int result = avformat_open_input(&context, url.constData(), nullptr, &options);
-    av_dict_free(&options);
-    if (result < 0)
-        throwNoAudio(result); // libav has freed the context
-    AVInputPointer input(context);
-    if (const int found = avformat_find_stream_info(input.get(), nullptr); found < 0)
-        throwNoAudio(found);
+    int result = 0;
+    AVInputPointer input = openUrl(url, result);
+    if (!input) {
+        // libav rejects a file that breaks off within the head of a fragment; without that piece it is whole.
+        if (const std::optional<qint64> end = endOfWholeBoxes(path))
+            input = openUrl("subfile,,start,0,end," + QByteArray::number(*end) + ",,:" + url, result);
+    }
+    if (!input)
+        throwNoAudio(result);
     return input;
 }
 
