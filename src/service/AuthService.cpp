@@ -3,6 +3,7 @@
 #include "service/APIService.h"
 #include "service/SubscriptionTier.h"
 
+#include <QPointer>
 #include <QScopeGuard>
 
 #include <utility>
@@ -67,20 +68,29 @@ QString AuthService::subscriptionTier() const
 
 Task<> AuthService::login(QString email, QString password)
 {
-    setIsLoading(true);
-    const auto done = qScopeGuard([this] { setIsLoading(false); });
-    const AuthResponse response = co_await m_api.login(std::move(email), std::move(password));
-    setCurrentUser(response.user);
-    setIsLoggedIn(true);
-    co_await refreshProfile();
+    return signIn([this, email = std::move(email), password = std::move(password)] {
+        return m_api.login(email, password);
+    });
 }
 
 Task<> AuthService::register_(QString email, QString password, QString name)
 {
+    return signIn([this, email = std::move(email), password = std::move(password), name = std::move(name)] {
+        return m_api.register_(email, password, name);
+    });
+}
+
+Task<> AuthService::signIn(std::function<Task<AuthResponse>()> send)
+{
+    const QPointer<AuthService> self(this);
     setIsLoading(true);
-    const auto done = qScopeGuard([this] { setIsLoading(false); });
-    const AuthResponse response =
-        co_await m_api.register_(std::move(email), std::move(password), std::move(name));
+    const auto done = qScopeGuard([self] {
+        if (self)
+            self->setIsLoading(false);
+    });
+    const AuthResponse response = co_await send();
+    if (!self)
+        co_return;
     setCurrentUser(response.user);
     setIsLoggedIn(true);
     co_await refreshProfile();
@@ -95,13 +105,16 @@ void AuthService::logout()
 
 Task<> AuthService::refreshProfile()
 {
+    const QPointer<AuthService> self(this);
     try {
         const UserProfile profile = co_await m_api.fetchProfile();
+        if (!self)
+            co_return;
         setCurrentUser(profile);
         setIsLoggedIn(true);
     } catch (const APIError &error) {
         // A revoked session ends; all other refusals may pass, so they change nothing and nobody is told.
-        if (error.errorCase() == APIError::Case::unauthorized)
+        if (self && error.errorCase() == APIError::Case::unauthorized)
             logout();
     } catch (const std::exception &) {
         // No answer came: the session stays believed, as after any passing failure.

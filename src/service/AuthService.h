@@ -1,11 +1,12 @@
 #pragma once
 
 #include "foundation/Task.h"
-#include "service/UserProfile.h"
+#include "service/AuthResponse.h"
 
 #include <QObject>
 #include <QVariant>
 
+#include <functional>
 #include <optional>
 
 namespace talvenor {
@@ -16,7 +17,7 @@ class APIService;
 /// that user may do.
 ///
 /// Main thread. The service enforces the same rights again; the ones here only spare the user a request that
-/// would be refused. An instance outlives the operations that were begun on it.
+/// would be refused. Operations that are under way when an instance goes end without touching it.
 class AuthService : public QObject
 {
     Q_OBJECT
@@ -73,6 +74,7 @@ private:
     explicit AuthService(APIService &api);
     friend struct ServiceTestAccess; ///< tests need more than one instance in a process
 
+    Task<> signIn(std::function<Task<AuthResponse>()> send);
     [[nodiscard]] QVariant currentUserVariant() const;
     void setIsLoggedIn(bool isLoggedIn);
     void setCurrentUser(std::optional<UserProfile> user);
