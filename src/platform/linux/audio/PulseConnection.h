@@ -72,6 +72,9 @@ public:
     /// The connection if it stands, else null. Lock held.
     [[nodiscard]] pa_context *context() const;
 
+    /// The loop itself, for further connections on the same thread. Lock held.
+    [[nodiscard]] pa_mainloop_api *loop() const { return pa_threaded_mainloop_get_api(m_loop); }
+
     /// Calls `action` on the loop's thread after `delay`, unless the connection is closed or lost before.
     /// Lock held.
     void after(std::chrono::milliseconds delay, std::function<void()> action);

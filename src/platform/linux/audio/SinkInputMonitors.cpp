@@ -94,7 +94,7 @@ void SinkInputMonitors::serverChanged(pa_subscription_event_type_t event, std::u
     }
     const auto monitor = m_monitors.find(index);
     // Volume and title change often and concern nobody here; a stream that stands follows its input.
-    if (monitor == m_monitors.end() || !monitor->second.stream)
+    if (monitor == m_monitors.end() || !monitor->second.context)
         ask(index);
 }
 
@@ -190,7 +190,7 @@ void SinkInputMonitors::decide(Question &question)
 void SinkInputMonitors::attach(std::uint32_t index)
 {
     Monitor &monitor = m_monitors[index];
-    if (monitor.stream)
+    if (monitor.context || monitor.isOver)
         return;
     monitor.owner = this;
     monitor.index = index;
@@ -198,10 +198,37 @@ void SinkInputMonitors::attach(std::uint32_t index)
         monitor.input = std::make_shared<PlayingInput>(m_rate);
         m_mixer.add(monitor.input);
     }
+    monitor.context.reset(pa_context_new(m_connection.loop(), "Talvenor system audio"));
+    if (!monitor.context) {
+        attachLater(monitor);
+        return;
+    }
+    pa_context_set_state_callback(
+        monitor.context.get(),
+        [](pa_context *, void *data) {
+            auto &changed = *static_cast<Monitor *>(data);
+            changed.owner->contextChanged(changed);
+        },
+        &monitor);
+    if (pa_context_connect(monitor.context.get(), nullptr, PA_CONTEXT_NOAUTOSPAWN, nullptr) < 0)
+        attachLater(monitor);
+}
+
+void SinkInputMonitors::contextChanged(Monitor &monitor)
+{
+    const auto state = pa_context_get_state(monitor.context.get());
+    if (state == PA_CONTEXT_READY)
+        openStream(monitor);
+    else if (!PA_CONTEXT_IS_GOOD(state))
+        attachLater(monitor);
+}
+
+void SinkInputMonitors::openStream(Monitor &monitor)
+{
     const pa_sample_spec format{PA_SAMPLE_FLOAT32NE, std::uint32_t(m_rate), kChannels};
-    monitor.stream.reset(pa_stream_new(m_connection.context(), "Talvenor system audio", &format, nullptr));
-    if (!monitor.stream || pa_stream_set_monitor_stream(monitor.stream.get(), index) < 0) {
-        forget(index);
+    monitor.stream.reset(pa_stream_new(monitor.context.get(), "Talvenor system audio", &format, nullptr));
+    if (!monitor.stream || pa_stream_set_monitor_stream(monitor.stream.get(), monitor.index) < 0) {
+        attachLater(monitor);
         return;
     }
     pa_stream_set_state_callback(
@@ -224,7 +251,7 @@ void SinkInputMonitors::attach(std::uint32_t index)
     // No device is named: the input's own sink is the one to listen at.
     const auto flags = pa_stream_flags_t(PA_STREAM_ADJUST_LATENCY | PA_STREAM_DONT_INHIBIT_AUTO_SUSPEND);
     if (pa_stream_connect_record(monitor.stream.get(), nullptr, &buffer, flags) < 0)
-        forget(index);
+        attachLater(monitor);
 }
 
 void SinkInputMonitors::forget(std::uint32_t index)
@@ -238,27 +265,31 @@ void SinkInputMonitors::forget(std::uint32_t index)
 
 void SinkInputMonitors::streamChanged(Monitor &monitor)
 {
-    switch (pa_stream_get_state(monitor.stream.get())) {
-    case PA_STREAM_READY:
+    const auto state = pa_stream_get_state(monitor.stream.get());
+    if (state == PA_STREAM_READY)
         monitor.backOff = {};
-        break;
-    case PA_STREAM_FAILED:
-    case PA_STREAM_TERMINATED: {
-        // Its input moves to another sink, or ends: the server knows which.
-        const std::uint32_t index = monitor.index;
-        const auto delay = std::max(monitor.backOff, kFirstBackOff);
-        monitor.backOff = std::min(delay * 2, kLongestBackOff);
-        monitor.stream.reset();
-        m_connection.after(delay, [this, index] {
-            const auto waiting = m_monitors.find(index);
-            if (waiting != m_monitors.end() && !waiting->second.stream)
-                ask(index);
-        });
-        break;
-    }
-    default:
-        break;
-    }
+    else if (!PA_STREAM_IS_GOOD(state))
+        attachLater(monitor);
+}
+
+/// The stream has ended: its input moves to another sink, or ends; the server knows which. We may be inside a
+/// callback of the stream or the connection, so that these are let go of only when the time has come.
+void SinkInputMonitors::attachLater(Monitor &monitor)
+{
+    if (std::exchange(monitor.isOver, true))
+        return;
+    const std::uint32_t index = monitor.index;
+    const auto delay = std::max(monitor.backOff, kFirstBackOff);
+    monitor.backOff = std::min(delay * 2, kLongestBackOff);
+    m_connection.after(delay, [this, index] {
+        const auto waiting = m_monitors.find(index);
+        if (waiting == m_monitors.end() || !waiting->second.isOver)
+            return;
+        waiting->second.stream.reset();
+        waiting->second.context.reset();
+        waiting->second.isOver = false;
+        ask(index);
+    });
 }
 
 void SinkInputMonitors::readStream(Monitor &monitor)

@@ -36,12 +36,17 @@ public:
 
 private:
     /// One sink input that is listened to.
+    ///
+    /// Each has a connection of its own: PipeWire's PulseAudio front (0.3.65) starves the third and every
+    /// further recording stream of one client for seconds.
     struct Monitor
     {
         SinkInputMonitors *owner = nullptr;
         std::uint32_t index = 0;
         std::shared_ptr<PlayingInput> input;
-        PulseStreamPointer stream; ///< null while the input waits to be attached again
+        PulseContextPointer context;
+        PulseStreamPointer stream;
+        bool isOver = false; ///< the stream has ended, and the input waits to be attached again
         std::chrono::milliseconds backOff{0};
     };
 
@@ -67,7 +72,10 @@ private:
     void decide(Question &question);
     void attach(std::uint32_t index);
     void forget(std::uint32_t index);
+    void contextChanged(Monitor &monitor);
+    void openStream(Monitor &monitor);
     void streamChanged(Monitor &monitor);
+    void attachLater(Monitor &monitor);
     void readStream(Monitor &monitor);
 
     PulseConnection &m_connection;
