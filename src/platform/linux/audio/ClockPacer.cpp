@@ -16,6 +16,8 @@ constexpr milliseconds kSilenceLag{85};
 constexpr milliseconds kLongestStall{2000};
 /// A deviation that no clock brings about: a hole, or a burst.
 constexpr milliseconds kJump{500};
+/// For so long after a gap a burst of old sound may come.
+constexpr milliseconds kSettling{1000};
 constexpr milliseconds kWindow{4000};
 /// Stretching begins beyond the first and ends within the second.
 constexpr milliseconds kDeadBand{40};
@@ -35,11 +37,15 @@ ClockPacer::Adjustment ClockPacer::blockArrived(std::int64_t frames, PaceClock::
     const std::int64_t lateness = expected(now) - (m_frames + frames);
     if (!m_aligned) {
         m_aligned = true;
+        m_settled = now + kSettling;
+        startWindow(now);
         if (lateness >= 0)
             adjustment.silenceBefore = lateness;
         else
-            adjustment.dropped =
-                std::min(frames, std::max<std::int64_t>(-lateness - framesOf(kSilenceLag), 0));
+            adjustment.dropped = std::clamp<std::int64_t>(-lateness - framesOf(kSilenceLag), 0, frames);
+    } else if (now < m_settled && lateness < -framesOf(kSilenceLag)) {
+        // What the device had held back comes in a burst, but its time has been filled with silence.
+        adjustment.dropped = std::min(frames, -lateness - framesOf(kSilenceLag));
         startWindow(now);
     } else if (lateness < -framesOf(kJump)) {
         // More sound than time: a device that delivers faster than anyone speaks.
