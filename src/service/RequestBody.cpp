@@ -1,9 +1,9 @@
 #include "service/RequestBody.h"
 
 #include "foundation/LocalizedError.h"
+#include "platform/SystemLanguage.h"
 
 #include <QJsonDocument>
-#include <QLocale>
 
 #include <cmath>
 
@@ -16,7 +16,7 @@ QByteArray serializedBody(const QJsonObject &body)
         if (member.isDouble() && !std::isfinite(member.toDouble()))
             throw PlatformError(
                 QStringLiteral("json"), 1,
-                QLocale::system().language() == QLocale::German
+                systemSpeaksGerman()
                     ? QStringLiteral("Die Anfrage enthält eine Zahl, die sich nicht senden lässt.")
                     : QStringLiteral("The request holds a number that cannot be sent."));
     }

@@ -1,6 +1,6 @@
 #include "platform/linux/network/NetworkErrorText.h"
 
-#include <QLocale>
+#include "platform/SystemLanguage.h"
 
 namespace talvenor {
 
@@ -54,13 +54,6 @@ Text textFor(CURLcode code)
     default:
         return {u"The request to the server failed.", u"Die Anfrage an den Server ist fehlgeschlagen."};
     }
-}
-
-bool systemSpeaksGerman()
-{
-    // The language of texts, which may differ from the one of numbers and dates.
-    const QStringList languages = QLocale::system().uiLanguages();
-    return !languages.isEmpty() && QLocale(languages.constFirst()).language() == QLocale::German;
 }
 
 } // namespace
