@@ -148,6 +148,12 @@ int main(int argc, char *argv[])
     std::sort(stalls.begin(), stalls.end());
     std::printf("\nthe calling thread, 200 changes with a save each while others are being written\n");
     row("one change and its save", {stalls[stalls.size() / 2], stalls.front(), stalls.back()});
+
+    std::vector<double> writes;
+    for (int i = 0; i < 50; ++i)
+        writes.push_back(milliseconds([&] { AppSettings::shared().setAutoTranscribe(i % 2 == 0); }));
+    std::sort(writes.begin(), writes.end());
+    row("one setting written and flushed", {writes[writes.size() / 2], writes.front(), writes.back()});
     std::printf("  %-44s %9.2f\n", "one frame at 60 Hz", 1000.0 / 60);
     return 0;
 }
