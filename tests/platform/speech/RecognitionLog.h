@@ -39,7 +39,7 @@ public:
     }
 
     /// Waits for the final result or the error.
-    bool wait(int milliseconds = 60'000)
+    bool wait(int milliseconds = 240'000)
     {
         return waitUntil([this] { return final().has_value() || error().has_value(); }, milliseconds);
     }
