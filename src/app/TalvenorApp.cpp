@@ -10,6 +10,7 @@
 #include "store/StorageService.h"
 
 #include <QApplication>
+#include <QFontDatabase>
 #include <QQmlApplicationEngine>
 
 #include <cstdio>
@@ -70,6 +71,9 @@ int TalvenorApp::run(int argc, char **argv)
     const QtMessageHandler usual = qInstallMessageHandler(explainMissingDisplay);
     QApplication application(argc, argv);
     qInstallMessageHandler(usual);
+    // The face that the screens are drawn for, where it is installed.
+    if (QFontDatabase::families().contains(QStringLiteral("Inter")))
+        QApplication::setFont(QFont(QStringLiteral("Inter")));
     installLinuxPlatform();
     const int code = showWindow(application);
     StorageService::shared().waitUntilSaved();

@@ -7,69 +7,22 @@ Item {
 
     required property ContentState content
 
+    // Not by components with a common scope: those that are bound to theirs cannot be loaded in Qt 6.4.
     Loader {
+        readonly property bool isLoggedIn: root.content.isLoggedIn
+
+        function route() {
+            if (isLoggedIn)
+                setSource("MainContent.qml", {
+                    "content": root.content
+                });
+            else
+                setSource("LoginView.qml");
+        }
+
         anchors.fill: parent
         focus: true
-        sourceComponent: root.content.isLoggedIn ? mainContent : loginScreen
-    }
-
-    Component {
-        id: loginScreen
-        LoginView {}
-    }
-
-    Component {
-        id: mainContent
-
-        FocusScope {
-            SidebarView {
-                id: sidebar
-                anchors.left: parent.left
-                anchors.top: parent.top
-                anchors.bottom: parent.bottom
-                width: 300
-                record: root.content.record
-                recordings: root.content.recordings
-            }
-            Rectangle {
-                id: edge
-                anchors.left: sidebar.right
-                anchors.top: parent.top
-                anchors.bottom: parent.bottom
-                width: 1
-                color: Theme.divider
-            }
-            ToolBar {
-                id: toolBar
-                anchors.left: edge.right
-                anchors.right: parent.right
-                anchors.top: parent.top
-                onSignOut: root.content.signOut()
-            }
-            Loader {
-                anchors.left: edge.right
-                anchors.right: parent.right
-                anchors.top: toolBar.bottom
-                anchors.bottom: parent.bottom
-                sourceComponent: root.content.hasSelection ? detail : recordScreen
-            }
-            Component {
-                id: detail
-                RecordingDetailView {
-                    recording: root.content.selected
-                }
-            }
-            Component {
-                id: recordScreen
-                MainRecordView {
-                    record: root.content.record
-                }
-            }
-            ErrorAlert {
-                message: root.content.errorMessage
-                isPresented: root.content.showError
-                onDismissed: root.content.dismissError()
-            }
-        }
+        onIsLoggedInChanged: route()
+        Component.onCompleted: route()
     }
 }

@@ -15,7 +15,6 @@ Sheet {
     width: 380
     // However it was closed, the error counts as seen.
     onClosed: dismissed()
-    onOpened: button.forceActiveFocus()
 
     contentItem: Column {
         spacing: 14
@@ -33,9 +32,9 @@ Sheet {
             font.pixelSize: Theme.subheadline
         }
         PushButton {
-            id: button
             anchors.right: parent.right
             text: "OK"
+            focus: true
             look: PushButton.Accent
             onClicked: alert.dismissed()
         }

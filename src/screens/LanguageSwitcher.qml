@@ -48,21 +48,10 @@ Rectangle {
                 Keys.onEnterPressed: choose()
                 Keys.onSpacePressed: choose()
 
-                Rectangle {
+                AccentFill {
                     anchors.fill: parent
                     radius: 7
                     visible: choice.isSelected
-                    gradient: Gradient {
-                        orientation: Gradient.Horizontal
-                        GradientStop {
-                            position: 0
-                            color: Theme.purple
-                        }
-                        GradientStop {
-                            position: 1
-                            color: Theme.blue
-                        }
-                    }
                 }
                 Text {
                     anchors.centerIn: parent

@@ -18,20 +18,9 @@ Rectangle {
     Accessible.role: Accessible.ProgressBar
     Accessible.name: L10n.isGerman ? "Eingangspegel" : "Input Level"
 
-    Rectangle {
+    AccentFill {
         width: Math.max(meter.level > 0 ? meter.height : 0, meter.width * Math.min(1, Math.max(0, meter.level)))
         height: parent.height
         radius: 4
-        gradient: Gradient {
-            orientation: Gradient.Horizontal
-            GradientStop {
-                position: 0
-                color: Theme.purple
-            }
-            GradientStop {
-                position: 1
-                color: Theme.blue
-            }
-        }
     }
 }

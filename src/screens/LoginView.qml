@@ -23,7 +23,8 @@ FocusScope {
                 width: 80
                 height: 80
                 source: "qrc:/talvenor/AppIcon.png"
-                sourceSize: Qt.size(160, 160)
+                sourceSize.width: 160
+                sourceSize.height: 160
                 fillMode: Image.PreserveAspectFit
             }
             StaticText {
@@ -51,9 +52,8 @@ FocusScope {
                 label: "E-Mail"
                 placeholder: "name@example.com"
                 inputMethodHints: Qt.ImhEmailCharactersOnly
-                focus: true
+                hasInitialFocus: true
                 onTextChanged: login.email = text
-                Component.onCompleted: field.forceActiveFocus()
             }
             LabelledField {
                 width: parent.width
@@ -102,18 +102,18 @@ FocusScope {
                     look: PushButton.Link
                     font.pixelSize: Theme.caption
                     text: L10n.isGerman ? "Registrieren" : "Sign Up"
-                    onClicked: register.active = true
+                    onClicked: registerSheet.createObject(view)
                 }
             }
         }
     }
 
     // Made anew each time, so that the form starts empty.
-    Loader {
-        id: register
-        active: false
-        sourceComponent: RegisterView {
-            onClosed: register.active = false
+    Component {
+        id: registerSheet
+        RegisterView {
+            id: sheet
+            onClosed: sheet.destroy()
         }
     }
 }

@@ -19,20 +19,12 @@ T.AbstractButton {
     Keys.onEnterPressed: button.clicked()
 
     background: Item {
-        Rectangle {
+        AccentFill {
             anchors.fill: parent
             radius: width / 2
             opacity: button.hovered || button.down ? 0.9 : 1
-            gradient: Gradient {
-                GradientStop {
-                    position: 0
-                    color: button.isRecording ? Theme.recordingStart : Theme.purple
-                }
-                GradientStop {
-                    position: 1
-                    color: button.isRecording ? Theme.recordingEnd : Theme.blue
-                }
-            }
+            isRecording: button.isRecording
+            isDiagonal: true
         }
         Rectangle {
             anchors.fill: parent

@@ -147,28 +147,19 @@ Item {
         color: Theme.divider
     }
     Loader {
+        readonly property int tab: view.selectedTab
+
+        function route() {
+            setSource(["TranscriptTabView.qml", "SummaryTabView.qml", "ParticipantsTabView.qml"][tab], {
+                "recording": view.recording
+            });
+        }
+
         anchors.left: parent.left
         anchors.right: parent.right
         anchors.top: line.bottom
         anchors.bottom: parent.bottom
-        sourceComponent: [transcriptTab, summaryTab, participantsTab][view.selectedTab]
-    }
-    Component {
-        id: transcriptTab
-        TranscriptTabView {
-            recording: view.recording
-        }
-    }
-    Component {
-        id: summaryTab
-        SummaryTabView {
-            recording: view.recording
-        }
-    }
-    Component {
-        id: participantsTab
-        ParticipantsTabView {
-            recording: view.recording
-        }
+        onTabChanged: route()
+        Component.onCompleted: route()
     }
 }

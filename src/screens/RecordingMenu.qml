@@ -3,19 +3,24 @@ pragma ComponentBehavior: Bound
 import QtQuick
 import Talvenor
 
-/// What can be done with one row of the list, as it stands when the menu is made.
+/// What can be done with one row of the list, as it stands when the menu opens.
 ContextMenu {
     id: menu
 
     required property RecordingListModel recordings
-    required property int index
+    property int index: -1
 
-    Component.onCompleted: {
+    /// Opens at a place of `row`, with what can be done with its recording now.
+    function openFor(row: Item, rowIndex: int, x: real, y: real) {
+        index = rowIndex;
         // A hidden entry would still take the arrow keys.
+        while (count > 2)
+            removeItem(itemAt(1));
         if (recordings.canTranscribe(index))
             insertItem(1, transcribeEntry.createObject(menu) as MenuEntry);
         if (recordings.canSummarize(index))
             insertItem(1, summarizeEntry.createObject(menu) as MenuEntry);
+        popup(row, x, y);
     }
 
     MenuEntry {

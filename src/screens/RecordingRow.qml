@@ -5,7 +5,6 @@ import Talvenor
 Rectangle {
     id: row
 
-    required property RecordingListModel recordings
     required property int index
     required property string title
     required property string formattedDate
@@ -14,16 +13,17 @@ Rectangle {
     required property string statusText
     required property bool isSelected
 
+    signal chosen
+    signal menuRequested(real x, real y)
+
     function choose() {
         ListView.view.currentIndex = index;
-        recordings.select(index);
+        chosen();
     }
 
     function openMenu(x: real, y: real) {
         ListView.view.currentIndex = index;
-        menuLoader.active = false; // the entries are those of this moment
-        menuLoader.active = true;
-        (menuLoader.item as RecordingMenu).popup(row, x, y);
+        menuRequested(x, y);
     }
 
     implicitHeight: 52
@@ -104,14 +104,6 @@ Rectangle {
                 row.openMenu(event.x, event.y);
             else
                 row.choose();
-        }
-    }
-    Loader {
-        id: menuLoader
-        active: false
-        sourceComponent: RecordingMenu {
-            recordings: row.recordings
-            index: row.index
         }
     }
 }

@@ -10,7 +10,6 @@ Sheet {
     width: 420
     height: 520
     visible: true
-    onOpened: nameField.field.forceActiveFocus()
 
     RegisterState {
         id: form
@@ -52,10 +51,10 @@ Sheet {
             spacing: 12
 
             LabelledField {
-                id: nameField
                 width: parent.width
                 label: "Name"
                 placeholder: "Max Mustermann"
+                hasInitialFocus: true
                 onTextChanged: form.name = text
             }
             LabelledField {

@@ -31,7 +31,8 @@ Rectangle {
                 width: 28
                 height: 28
                 source: "qrc:/talvenor/AppIcon.png"
-                sourceSize: Qt.size(56, 56)
+                sourceSize.width: 56
+                sourceSize.height: 56
             }
             StaticText {
                 anchors.verticalCenter: parent.verticalCenter
@@ -103,8 +104,13 @@ Rectangle {
 
         delegate: RecordingRow {
             width: ListView.view.width
-            recordings: sidebar.recordings
+            onChosen: sidebar.recordings.select(index)
+            onMenuRequested: (x, y) => menu.openFor(this, index, x, y)
         }
+    }
+    RecordingMenu {
+        id: menu
+        recordings: sidebar.recordings
     }
     EmptyState {
         anchors.centerIn: list

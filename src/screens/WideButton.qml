@@ -21,7 +21,6 @@ T.Button {
 
     contentItem: Item {
         Rectangle {
-            id: mark
             anchors.verticalCenter: parent.verticalCenter
             width: 24
             height: 24
@@ -45,8 +44,7 @@ T.Button {
             }
         }
         Text {
-            anchors.left: mark.right
-            anchors.leftMargin: 10
+            x: 34
             anchors.verticalCenter: parent.verticalCenter
             text: button.text
             color: "#ffffff"
@@ -63,20 +61,10 @@ T.Button {
             font.family: "monospace"
         }
     }
-    background: Rectangle {
+    background: AccentFill {
         radius: 12
         opacity: button.hovered || button.down ? 0.9 : 1
-        gradient: Gradient {
-            orientation: Gradient.Horizontal
-            GradientStop {
-                position: 0
-                color: button.record.isRecording ? Theme.recordingStart : Theme.purple
-            }
-            GradientStop {
-                position: 1
-                color: button.record.isRecording ? Theme.recordingEnd : Theme.blue
-            }
-        }
+        isRecording: button.record.isRecording
 
         FocusRing {
             radius: 15

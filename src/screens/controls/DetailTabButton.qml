@@ -36,24 +36,13 @@ Item {
         font.pixelSize: Theme.subheadline
         font.weight: tab.isSelected ? Font.DemiBold : Font.Normal
     }
-    Rectangle {
+    AccentFill {
         anchors.bottom: parent.bottom
         anchors.horizontalCenter: parent.horizontalCenter
         width: parent.width - 16
         height: 2
         radius: 1
         visible: tab.isSelected
-        gradient: Gradient {
-            orientation: Gradient.Horizontal
-            GradientStop {
-                position: 0
-                color: Theme.purple
-            }
-            GradientStop {
-                position: 1
-                color: Theme.blue
-            }
-        }
     }
     FocusRing {
         anchors.margins: 3

@@ -9,7 +9,8 @@ Column {
     property alias placeholder: input.placeholder
     property alias isSecure: input.isSecure
     property alias inputMethodHints: input.inputMethodHints
-    property alias field: input
+    /// The field of its screen or sheet that the keyboard goes to first.
+    property alias hasInitialFocus: input.focus
     required property string label
 
     spacing: 5

@@ -41,43 +41,26 @@ T.Button {
     Keys.onReturnPressed: control.clicked()
     Keys.onEnterPressed: control.clicked()
 
-    contentItem: Item {
-        implicitWidth: label.implicitWidth
-        implicitHeight: label.implicitHeight
+    contentItem: Text {
+        text: control.text
+        font: control.font
+        color: control.isBusy ? "transparent" : control.foreground
+        textFormat: Text.PlainText
+        elide: Text.ElideRight
+        horizontalAlignment: Text.AlignHCenter
+        verticalAlignment: Text.AlignVCenter
 
-        Text {
-            id: label
-            anchors.centerIn: parent
-            width: Math.min(implicitWidth, parent.width)
-            visible: !control.isBusy
-            text: control.text
-            font: control.font
-            color: control.foreground
-            textFormat: Text.PlainText
-            elide: Text.ElideRight
-        }
         Spinner {
             anchors.centerIn: parent
             visible: control.isBusy
         }
     }
     background: Item {
-        Rectangle {
+        AccentFill {
             anchors.fill: parent
             radius: control.cornerRadius
             visible: control.look === PushButton.Accent
             opacity: control.hovered || control.down ? 0.88 : 1
-            gradient: Gradient {
-                orientation: Gradient.Horizontal
-                GradientStop {
-                    position: 0
-                    color: Theme.purple
-                }
-                GradientStop {
-                    position: 1
-                    color: Theme.blue
-                }
-            }
         }
         Rectangle {
             anchors.fill: parent
