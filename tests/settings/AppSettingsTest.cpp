@@ -69,6 +69,8 @@ class AppSettingsTest : public QObject
 private Q_SLOTS:
     void init();
 
+    // First, because the thread sanitizer allows no new threads once child processes have been started.
+    void otherThreadsReadWhileTheMainThreadWrites();
     void valuesThatWereNeverWrittenHaveTheirDefaultsAndStayUnwritten();
     void theDefaultsDoNotDependOnTheSystemsLanguage_data();
     void theDefaultsDoNotDependOnTheSystemsLanguage();
@@ -88,7 +90,6 @@ private Q_SLOTS:
 
     void eachWriteStoresFirstAndNotifiesOnce();
     void theAudioFolderNotifiesOnlyWhenTheDefaultIsStored();
-    void otherThreadsReadWhileTheMainThreadWrites();
 
 private:
     [[nodiscard]] QString place(const QString &name) const { return m_home->filePath(name); }

@@ -45,7 +45,12 @@ QVariant AppSettings::value(const char *key, const QVariant &fallback) const
     const std::lock_guard guard(m_lock);
     const QVariant stored = m_store->value(QString::fromLatin1(key), fallback);
     // A hand-edited file may hold a list or nothing at all where one plain value belongs.
-    return stored.typeId() == QMetaType::QString || stored.typeId() == fallback.typeId() ? stored : fallback;
+    if (stored.typeId() == QMetaType::QString) {
+        // A text of the caller's own: the store's is touched under the lock alone.
+        const QString text = stored.toString();
+        return QString(text.constData(), text.size());
+    }
+    return stored.typeId() == fallback.typeId() ? stored : fallback;
 }
 
 void AppSettings::setValue(const char *key, const QVariant &value)
