@@ -13,7 +13,6 @@
 #include <boost/beast/http/write.hpp>
 
 #include <array>
-#include <charconv>
 
 namespace talvenor::server {
 
@@ -292,6 +291,8 @@ asio::awaitable<bool> Connection::write(HttpResponse response, Language language
     message.set(http::field::content_language, language == Language::german ? "de" : "en");
     message.set(http::field::cache_control, "no-store");
     message.set("X-Content-Type-Options", "nosniff");
+    if (response.status == 401)
+        message.set(http::field::www_authenticate, "Bearer"); // RFC 9110, 11.6.1 asks for it.
     if (!response.allow.empty())
         message.set(http::field::allow, response.allow);
     message.body() = std::move(response.body);

@@ -130,29 +130,11 @@ std::size_t firstOf(const Phrases &phrases, const std::string &line)
     return first;
 }
 
-/// The person of `names` who stands right before a phrase of what somebody takes on.
-std::string namedOwner(const std::string &line, const std::vector<std::string> &names)
+/// True if a phrase of what somebody takes on begins here.
+bool acts(std::string_view rest)
 {
-    std::string owner;
-    std::size_t first = std::string::npos;
-    for (const std::string &name : names) {
-        std::string known = phraseLine(wordsOf(name));
-        // People are called by their given name, too.
-        const std::string given = known.substr(0, known.find(' ', 1) + 1);
-        for (const std::string &form : {known, given}) {
-            for (std::size_t at = line.find(form); at != std::string::npos; at = line.find(form, at + 1)) {
-                const std::string_view rest = std::string_view(line).substr(at + form.size() - 1);
-                const bool acts =
-                    std::any_of(namedTasks.begin(), namedTasks.end(),
-                                [rest](std::string_view phrase) { return rest.starts_with(phrase); });
-                if (acts && at < first) {
-                    first = at;
-                    owner = name;
-                }
-            }
-        }
-    }
-    return owner;
+    return std::any_of(namedTasks.begin(), namedTasks.end(),
+                       [rest](std::string_view phrase) { return rest.starts_with(phrase); });
 }
 
 } // namespace
@@ -162,24 +144,59 @@ bool isDecision(const Sentence &sentence)
     return firstOf(decisions, phraseLine(sentence.words)) != std::string::npos;
 }
 
-std::optional<Task> taskIn(const Sentence &sentence, const std::vector<std::string> &names)
+TaskFinder::TaskFinder(const std::vector<std::string> &names)
+{
+    for (const std::string &name : names) {
+        Person person;
+        person.name = name;
+        person.lower = lowerCase(name);
+        const std::string whole = phraseLine(wordsOf(name));
+        if (whole.size() > 1) {
+            person.forms.push_back(whole);
+            // People are called by their given name, too.
+            const std::string given = whole.substr(0, whole.find(' ', 1) + 1);
+            if (given != whole)
+                person.forms.push_back(given);
+        }
+        m_people.push_back(std::move(person));
+    }
+}
+
+std::optional<Task> TaskFinder::taskIn(const Sentence &sentence) const
 {
     const std::string line = phraseLine(sentence.words);
-    const std::string owner = namedOwner(line, names);
+    const std::string owner = ownerIn(line);
     if (!owner.empty())
         return Task{owner};
     if (firstOf(ownTasks, line) != std::string::npos) {
         const std::string speaker = lowerCase(sentence.speaker);
         // A label may be the given name of somebody whose full name came up.
-        const auto self = std::find_if(names.begin(), names.end(), [&speaker](const std::string &name) {
-            const std::string lower = lowerCase(name);
-            return !speaker.empty() && (lower == speaker || lower.starts_with(speaker + " "));
+        const auto self = std::find_if(m_people.begin(), m_people.end(), [&speaker](const Person &person) {
+            return !speaker.empty() && (person.lower == speaker || person.lower.starts_with(speaker + " "));
         });
-        return Task{self == names.end() ? std::string() : *self};
+        return Task{self == m_people.end() ? std::string() : self->name};
     }
     if (firstOf(openTasks, line) != std::string::npos)
         return Task{};
     return std::nullopt;
+}
+
+/// The first person who stands right before a phrase of what somebody takes on.
+std::string TaskFinder::ownerIn(const std::string &line) const
+{
+    std::string owner;
+    std::size_t first = std::string::npos;
+    for (const Person &person : m_people) {
+        for (const std::string &form : person.forms) {
+            for (std::size_t at = line.find(form); at < first; at = line.find(form, at + 1)) {
+                if (acts(std::string_view(line).substr(at + form.size() - 1))) {
+                    first = at;
+                    owner = person.name;
+                }
+            }
+        }
+    }
+    return owner;
 }
 
 } // namespace talvenor::server

@@ -93,7 +93,7 @@ public:
 
     std::string compose()
     {
-        const Indices summary = choose(summarySentences, {});
+        const Indices summary = choose(summaryLength(), {});
         const Indices points = choose(keyPoints, summary);
         std::string result = section(m_texts.participants, m_names);
         result += std::string(m_texts.summary) + "\n" + paragraph(summary) + "\n\n";
@@ -108,6 +108,16 @@ public:
 
 private:
     [[nodiscard]] const Sentence &sentence(std::size_t index) const { return m_transcript.sentences[index]; }
+
+    /// Sentences of the summary: less than three where the meeting has so few that no key point would be
+    /// left.
+    [[nodiscard]] std::size_t summaryLength() const
+    {
+        const auto whole = static_cast<std::size_t>(
+            std::count_if(m_transcript.sentences.begin(), m_transcript.sentences.end(),
+                          [](const Sentence &each) { return each.words.size() >= shortestSentence; }));
+        return std::clamp<std::size_t>(whole / 2, 1, summarySentences);
+    }
 
     /// The best sentences that are neither in `taken` nor like one of those chosen before, in the order of
     /// the meeting. Short ones come in only where there is nothing else at all.
@@ -263,7 +273,8 @@ private:
 
     [[nodiscard]] std::vector<std::string> tasks() const
     {
-        const auto holdsTask = [this](const Sentence &each) { return taskIn(each, m_names).has_value(); };
+        const TaskFinder finder(m_names);
+        const auto holdsTask = [&finder](const Sentence &each) { return finder.taskIn(each).has_value(); };
         Indices found;
         for (std::size_t index = 0; index < m_transcript.sentences.size(); ++index) {
             if (holdsTask(sentence(index)))
@@ -271,7 +282,7 @@ private:
         }
         std::vector<std::string> texts;
         for (const std::size_t index : best(found, mostTasks)) {
-            const std::string owner = taskIn(sentence(index), m_names)->owner;
+            const std::string owner = finder.taskIn(sentence(index))->owner;
             texts.push_back((owner.empty() ? "" : owner + ": ") + quote(index, runsOver(index, holdsTask)));
         }
         return texts;

@@ -14,7 +14,9 @@ namespace {
 constexpr std::size_t mostNames = 50;
 constexpr std::size_t longestName = 60; ///< bytes
 
-enum class Trust { introduction, mention, thanks };
+/// What a pattern says of the word behind it: a name for certain, what the speaker is, who or what is here,
+/// or somebody addressed.
+enum class Trust { introduction, being, presence, thanks };
 
 struct Pattern
 {
@@ -31,14 +33,14 @@ constexpr std::array patterns = {
     Pattern{{"mein", "name", "ist"}, Trust::introduction},
     Pattern{{"ich", "heiße"}, Trust::introduction},
     Pattern{{"ich", "heisse"}, Trust::introduction},
-    Pattern{{"i", "am"}, Trust::mention},
-    Pattern{{"i'm"}, Trust::mention},
-    Pattern{{"this", "is"}, Trust::mention},
-    Pattern{{"ich", "bin", "die"}, Trust::mention},
-    Pattern{{"ich", "bin", "der"}, Trust::mention},
-    Pattern{{"ich", "bin"}, Trust::mention},
-    Pattern{{"hier", "ist"}, Trust::mention},
-    Pattern{{"hier", "spricht"}, Trust::mention},
+    Pattern{{"i", "am"}, Trust::being},
+    Pattern{{"i'm"}, Trust::being},
+    Pattern{{"this", "is"}, Trust::presence},
+    Pattern{{"ich", "bin", "die"}, Trust::being},
+    Pattern{{"ich", "bin", "der"}, Trust::being},
+    Pattern{{"ich", "bin"}, Trust::being},
+    Pattern{{"hier", "ist"}, Trust::presence},
+    Pattern{{"hier", "spricht"}, Trust::presence},
     Pattern{{"thank", "you"}, Trust::thanks},
     Pattern{{"thanks"}, Trust::thanks},
     Pattern{{"vielen", "dank"}, Trust::thanks},
@@ -87,16 +89,24 @@ std::size_t lengthAt(const Pattern &pattern, const Stretch &stretch, std::size_t
     return length;
 }
 
-bool introducesItself(const Stretch &stretch, std::size_t after)
+/// True if what follows a word says that it was the name of the one who speaks.
+bool introducesItself(const Stretch &stretch, std::size_t index, Trust trust)
 {
-    constexpr std::array<std::string_view, 7> followers = {"speaking", "from", "here", "am",
-                                                           "vom",      "von",  "aus"};
-    if (after >= stretch.words.size() || stretch.startsSentence[after])
+    // "I am calling from", "ich bin pünktlich aus"
+    constexpr std::array<std::string_view, 6> endings = {"ing", "ed", "ly", "lich", "isch", "ig"};
+    const std::string &word = stretch.words[index]->lower;
+    if (std::any_of(endings.begin(), endings.end(),
+                    [&](std::string_view ending) { return word.ends_with(ending); }))
         return false;
-    const std::string &next = stretch.words[after]->lower;
-    if (next == "am") // "am Apparat"
-        return after + 1 < stretch.words.size() && stretch.words[after + 1]->lower == "apparat";
-    return std::find(followers.begin(), followers.end(), next) != followers.end();
+    const auto isNext = [&](std::size_t ahead, std::string_view text) {
+        const std::size_t at = index + ahead;
+        return at < stretch.words.size() && !stretch.startsSentence[at] && stretch.words[at]->lower == text;
+    };
+    if (isNext(1, "speaking") || isNext(1, "here") || (isNext(1, "am") && isNext(2, "apparat")))
+        return trust != Trust::thanks;
+    constexpr std::array<std::string_view, 4> origins = {"from", "vom", "von", "aus"};
+    return trust == Trust::being && std::any_of(origins.begin(), origins.end(),
+                                                [&](std::string_view origin) { return isNext(1, origin); });
 }
 
 bool isFamilyName(const Transcript &transcript, const Stretch &stretch, std::size_t index)
@@ -126,7 +136,7 @@ bool isName(const Transcript &transcript, const Stretch &stretch, std::size_t in
         return false;
     if (transcript.isCased)
         return true;
-    return trust == Trust::mention && introducesItself(stretch, index + 1);
+    return introducesItself(stretch, index, trust);
 }
 
 /// The name that stands from `index` on, if one does.
@@ -137,7 +147,7 @@ std::optional<std::string> nameAt(const Transcript &transcript, const Stretch &s
         return std::nullopt;
     const Word &word = *stretch.words[index];
     // "I am. Bob, could you" names nobody; "Thanks, Bob" does.
-    if (stretch.startsSentence[index] || (word.afterPunctuation && trust == Trust::mention))
+    if (stretch.startsSentence[index] || (word.afterPunctuation && trust != Trust::thanks))
         return std::nullopt;
     if (!isName(transcript, stretch, index, trust))
         return std::nullopt;

@@ -17,8 +17,8 @@ namespace talvenor::server {
 /// "thanks",
 ///    "thank you", "danke", "vielen Dank" the name of somebody addressed, if X is a common given name; or,
 ///    where capital letters mean something, a capitalised word that is no ordinary noun or adjective in that
-///    place; or is followed by "speaking", "from", "here", "am Apparat", "vom", "von", "aus" after one of the
-///    first six.
+///    place; or any word that "speaking", "here", "am Apparat" follows (not after thanks), or, after "I am",
+///    "I'm" and "ich bin", "from", "vom", "von", "aus".
 /// 4. A capitalised word directly after the given name is the family name.
 ///
 /// Matching ignores case, because a recogniser may give lower case only; names are given with capitals.

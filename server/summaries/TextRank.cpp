@@ -14,7 +14,9 @@ namespace {
 constexpr double damping = 0.85;
 constexpr double precision = 1e-4; ///< the paper's threshold of convergence
 constexpr int mostIterations = 60;
-constexpr std::size_t blockSize = 600; ///< sentences of one graph
+constexpr std::size_t largestBlock = 600; ///< sentences of one graph
+constexpr std::size_t smallestBlock = 20;
+constexpr std::size_t mostPairs = 12'000'000; ///< pairs of sentences looked at in one pass over all blocks
 
 using WordIds = std::vector<std::size_t>;
 
@@ -90,17 +92,38 @@ std::vector<double> rank(const std::vector<WordIds> &words, const std::vector<st
     return pageRank(graphOf(nodes));
 }
 
-std::vector<std::size_t> bestOfBlock(const std::vector<WordIds> &words, std::size_t begin, std::size_t end,
-                                     std::size_t wanted)
+/// The best of some candidates by their rank among themselves, in the order of the meeting.
+std::vector<std::size_t> bestOf(const std::vector<WordIds> &words, const std::vector<std::size_t> &candidates,
+                                std::size_t wanted)
 {
-    std::vector<std::size_t> indices(end - begin);
-    std::iota(indices.begin(), indices.end(), begin);
-    const std::vector<double> scores = rank(words, indices);
-    std::stable_sort(indices.begin(), indices.end(), [&](std::size_t left, std::size_t right) {
-        return scores[left - begin] > scores[right - begin];
-    });
-    indices.resize(std::min(wanted, indices.size()));
-    return indices;
+    const std::vector<double> scores = rank(words, candidates);
+    std::vector<std::size_t> places(candidates.size());
+    std::iota(places.begin(), places.end(), std::size_t{0});
+    std::stable_sort(places.begin(), places.end(),
+                     [&](std::size_t left, std::size_t right) { return scores[left] > scores[right]; });
+    places.resize(std::min(wanted, places.size()));
+    std::sort(places.begin(), places.end());
+    for (std::size_t &place : places)
+        place = candidates[place];
+    return places;
+}
+
+/// One pass over the candidates in blocks; leaves at most half of them.
+std::vector<std::size_t> reduced(const std::vector<WordIds> &words,
+                                 const std::vector<std::size_t> &candidates)
+{
+    const std::size_t size = std::clamp(mostPairs / candidates.size(), smallestBlock, largestBlock);
+    const std::size_t blocks = (candidates.size() + size - 1) / size;
+    const std::size_t wanted = std::clamp<std::size_t>(largestBlock / blocks, 1, size / 2);
+    std::vector<std::size_t> result;
+    for (std::size_t block = 0; block < blocks; ++block) {
+        const auto at = [&](std::size_t index) {
+            return candidates.begin() + static_cast<std::ptrdiff_t>(candidates.size() * index / blocks);
+        };
+        const auto best = bestOf(words, {at(block), at(block + 1)}, wanted);
+        result.insert(result.end(), best.begin(), best.end());
+    }
+    return result;
 }
 
 } // namespace
@@ -125,20 +148,10 @@ std::vector<double> textRank(const std::vector<Sentence> &sentences)
         for (const std::string &word : contentWords(sentences[index]))
             words[index].push_back(ids.emplace(word, ids.size()).first->second);
     }
-    std::vector<std::size_t> candidates;
-    if (sentences.size() <= blockSize) {
-        candidates.resize(sentences.size());
-        std::iota(candidates.begin(), candidates.end(), std::size_t{0});
-    } else {
-        const std::size_t blocks = (sentences.size() + blockSize - 1) / blockSize;
-        const std::size_t wanted = std::max<std::size_t>(1, blockSize / blocks);
-        for (std::size_t block = 0; block < blocks; ++block) {
-            const auto best = bestOfBlock(words, sentences.size() * block / blocks,
-                                          sentences.size() * (block + 1) / blocks, wanted);
-            candidates.insert(candidates.end(), best.begin(), best.end());
-        }
-        std::sort(candidates.begin(), candidates.end());
-    }
+    std::vector<std::size_t> candidates(sentences.size());
+    std::iota(candidates.begin(), candidates.end(), std::size_t{0});
+    while (candidates.size() > largestBlock)
+        candidates = reduced(words, candidates);
     std::vector<double> scores(sentences.size());
     const std::vector<double> ranked = rank(words, candidates);
     for (std::size_t index = 0; index < candidates.size(); ++index)

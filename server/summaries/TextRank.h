@@ -13,7 +13,8 @@ namespace talvenor::server {
 /// PageRank (damping 0.85) of a node is its score. Words of no meaning are left out.
 ///
 /// The graph grows with the square of the sentences, so long transcripts are ranked in blocks first and their
-/// best sentences together again; a sentence that loses in its block scores 0. The same input gives the same
+/// best sentences together again, as often as it takes; a sentence that loses in its block scores 0. The
+/// blocks shrink where there are very many, which bounds the time for any text. The same input gives the same
 /// scores.
 [[nodiscard]] std::vector<double> textRank(const std::vector<Sentence> &sentences);
 

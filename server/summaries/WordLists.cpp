@@ -71,7 +71,7 @@ carsten cassandra catherine cathy cecilia celine chandler charles charlie charlo
 christa christel christian christiane christin christina christine christoph christopher cindy claire clara
 clarissa clark claudia claus clemens clive cody colin conny connor conrad constanze cora corinna cornelia
 craig curtis cynthia daisy dale damian dan dana daniel daniela danielle danny daphne darius darren dave david
-dawn dean deborah debbie denis denise dennis derek detlef diana diane dieter dietmar dietrich dirk dmitri
+dean deborah debbie denis denise dennis derek detlef diana diane dieter dietmar dietrich dirk dmitri
 dominic dominik don donald donna dora doreen doris dorothea dorothee dorothy doug douglas duncan dustin dylan
 earl eberhard eddie edgar edith edmund eduard edward edwin egon eileen elaine elena eleanor eli elias elif
 elisa elisabeth elizabeth elke ella ellen elliot elsa elvira emanuel emily emil emilia emma emmanuel emre enrico
@@ -88,8 +88,8 @@ inga inge ingeborg ingo ingrid irene irina iris irma isaac isabel isabell isabel
 ivy jack jackie jackson jacob jacqueline jakob jake james jamie jan jana jane janet janice janina janine jannik
 jannis jared jasmin jasmine jason jay jean jeff jeffrey jenna jennifer jenny jens jeremy jerome jerry jesse
 jessica jessie jill jim jimmy joachim joan joanna joanne jochen joe joel joerg johan johann johanna johannes
-john johnny jon jonah jonas jonathan jordan jörg jörn jose josef joseph josephine josh joshua joy joyce juan
-judith judy julia julian juliana juliane julie julien juliet julius june jürgen justin justine justus jutta
+john johnny jon jonah jonas jonathan jordan jörg jörn jose josef joseph josephine josh joshua joyce juan
+judith judy julia julian juliana juliane julie julien juliet julius jürgen justin justine justus jutta
 kai karen karin karina karl karla karolin karoline karsten kasimir kate katharina katherine kathleen kathrin
 kathy katie katja katrin kay keith kelly ken kenneth kerstin kevin khalid kilian kim kimberly kirsten kirstin
 klara klaudia klaus knut konrad konstantin kristin kristina kristof kurt kyle kylie lara larissa larry lars
@@ -99,7 +99,7 @@ lotta lotte lou louis louisa louise luca lucas lucia lucie lucy ludger ludwig lu
 lutz lydia lynn mabel maddie madeleine madison magda magdalena maggie maike maja malcolm malte mandy manfred
 manuel manuela mara marc marcel marco marcus margaret margarete margarita margit margot margret maria marian
 marianne marie mariella marika marina mario marion marisa marius markus marlene marlon marta martha martin martina
-marvin mary maryam matilda mats matt matteo matthew matthias maureen maurice mauro max maximilian may maya mehmet
+marvin mary maryam matilda mats matt matteo matthew matthias maureen maurice mauro max maximilian maya mehmet
 melanie melinda melissa mercedes meredith mia micha michael michaela michele michelle miguel mika mike milan
 milena milo mina mira miranda miriam mirjam mirko mitchell mohamed mohammed moira molly mona monica monika
 monique morgan moritz muhammad murat mustafa myriam nadia nadine nadja nancy naomi natalia natalie natasha
@@ -114,13 +114,13 @@ ruth ryan sabine sabrina sally sam samantha samira sammy samuel sandra sandro sa
 scarlett scott sean sebastian selina selma serena sergej sergio seth severin shannon sharon shaun shawn sheila
 shirley sibylle sidney siegfried sigrid silas silke silvia silvio simon simona simone sina sofia sofie solveig
 sonia sonja sophia sophie spencer stacey stan stanley stefan stefanie steffen stella stephan stephanie stephen
-steve steven stewart stuart sue summer susan susanna susanne susi suzanne sven svenja sybille sylvester sylvia
+steve steven stewart stuart sue susan susanna susanne susi suzanne sven svenja sybille sylvester sylvia
 sylvie tamara tammy tanja tanya tara tatjana ted teresa terry tessa theo theodor theodore theresa therese thea
-thiago thies thomas thorben thorsten tiffany til till tillmann tilman tim timo timothy tina tobias toby todd
+thiago thies thomas thorben thorsten tiffany til tillmann tilman tim timo timothy tina tobias toby todd
 tom tommy toni tony torben torsten tracy trevor trixi trudy tyler udo ulf uli ulla ulli ulrich ulrike ursula
 ute uwe valentin valentina valerie vanessa vera verena veronica veronika veronique vicky victor victoria
 viktor viktoria vincent vincenz viola violet vivian vivien volker volkmar walter waltraud wanda wayne wendy
-werner whitney wiebke wilhelm will wilfried willi william willow willy winfried wolf wolfgang wolfram xaver
+werner whitney wiebke wilhelm wilfried willi william willow willy winfried wolf wolfgang wolfram xaver
 xavier yannick yannik yara yasemin yasmin yolanda yusuf yvette yvonne zach zachary zara zoe
 )";
 

@@ -108,6 +108,8 @@ private Q_SLOTS:
         QTest::newRow("emoji") << QStringLiteral("😀 😀 😀 😀 😀");
         QTest::newRow("the same line")
             << QStringLiteral("[00:01] we will do the same thing again by friday\n").repeated(2000);
+        QTest::newRow("twenty thousand sentences")
+            << QStringLiteral("Bob will go. We decided it. ").repeated(10'000);
         QTest::newRow("full stops") << QStringLiteral("a. ").repeated(20'000);
     }
 
@@ -156,6 +158,16 @@ private Q_SLOTS:
                  (QStringList{QStringLiteral("- Bob: Bob will measure the migration again by Monday."),
                               QStringLiteral("- Bob: I'll write to the largest customer.")}));
         QCOMPARE(participantsLine(summary), QStringLiteral("PARTICIPANTS: Alice, Bob"));
+    }
+
+    void aShortMeetingHasKeyPointsToo()
+    {
+        const QString summary =
+            summaryOf(QStringLiteral("[00:01] the server needs a new disk\n"
+                                     "[00:05] the printer on the first floor is broken\n"),
+                      Language::english);
+        QCOMPARE(sectionOf(summary, "## Summary").size(), 1);
+        QVERIFY(sectionOf(summary, "## Key Points") != QStringList(QStringLiteral("- None recognised.")));
     }
 
     void aGermanMeetingIsUnderstood()
@@ -219,7 +231,11 @@ private Q_SLOTS:
         row("i am bob and i'm late", "Bob");
         row("i'm bob", "Bob");
         row("this is bob from sales", "Bob");
-        row("this is talvinder from sales", "Talvinder");
+        row("this is talvinder speaking", "Talvinder");
+        row("i am talvinder from sales", "Talvinder");
+        row("this is feedback from sales", "");
+        row("i am calling from sales", "");
+        row("hier ist talvinder am apparat", "Talvinder");
         row("thanks carol", "Carol");
         row("Thank you, Carol.", "Carol");
         row("ich bin anna und hier ist jens", "Anna, Jens");
@@ -355,7 +371,7 @@ private Q_SLOTS:
         const Transcript transcript = parseTranscript(text.toStdString());
         QCOMPARE(transcript.sentences.size(), std::size_t{1});
         QCOMPARE(isDecision(transcript.sentences[0]), decision);
-        QCOMPARE(taskIn(transcript.sentences[0], {"Anna"}).has_value(), task);
+        QCOMPARE(TaskFinder({"Anna"}).taskIn(transcript.sentences[0]).has_value(), task);
     }
 };
 
