@@ -66,6 +66,23 @@ public:
                           : QAccessibleQuickItem::textAtOffset(offset, boundary, start, end);
     }
 
+    // The rows of a list come in the order in which they were made; they are read from top to bottom.
+    [[nodiscard]] QAccessibleInterface *child(int index) const override
+    {
+        if (role() != QAccessible::List)
+            return QAccessibleQuickItem::child(index);
+        const QList<QQuickItem *> rows = rowsFromTop();
+        return index >= 0 && index < rows.size() ? QAccessible::queryAccessibleInterface(rows.at(index))
+                                                 : nullptr;
+    }
+
+    [[nodiscard]] int indexOfChild(const QAccessibleInterface *child) const override
+    {
+        if (role() != QAccessible::List)
+            return QAccessibleQuickItem::indexOfChild(child);
+        return static_cast<int>(rowsFromTop().indexOf(qobject_cast<QQuickItem *>(child->object())));
+    }
+
     void *interface_cast(QAccessible::InterfaceType type) override
     {
         if (type == QAccessible::EditableTextInterface && role() == QAccessible::EditableText &&
@@ -93,6 +110,15 @@ public:
 private:
     /// True if the item is a field that does not show what is typed.
     [[nodiscard]] bool isSecure() const { return item()->property("echoMode").toInt() != 0; }
+
+    [[nodiscard]] QList<QQuickItem *> rowsFromTop() const
+    {
+        QList<QQuickItem *> rows = childItems();
+        std::stable_sort(rows.begin(), rows.end(), [](const QQuickItem *a, const QQuickItem *b) {
+            return a->mapToScene({}).y() < b->mapToScene({}).y();
+        });
+        return rows;
+    }
 
     [[nodiscard]] QString shownText() const { return item()->property("displayText").toString(); }
 

@@ -2,7 +2,7 @@ import QtQuick
 import Talvenor
 
 /// The root view: the sign-in screen while nobody is signed in, else the main window's content.
-Item {
+FocusScope {
     id: root
 
     required property ContentState content

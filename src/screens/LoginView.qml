@@ -5,6 +5,8 @@ import Talvenor
 FocusScope {
     id: view
 
+    focus: true
+
     LoginState {
         id: login
     }

@@ -7,6 +7,8 @@ FocusScope {
 
     required property ContentState content
 
+    focus: true
+
     SidebarView {
         id: sidebar
         anchors.left: parent.left

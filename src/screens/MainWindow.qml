@@ -1,8 +1,10 @@
 import QtQuick
+import QtQuick.Templates as T
 import Talvenor
 
-/// The program's one window.
-Window {
+/// The program's one window. Of the two kinds of window this one gives the focus back to where it was when a sheet or
+/// a menu closes.
+T.ApplicationWindow {
     id: window
 
     required property ContentState content
@@ -17,6 +19,7 @@ Window {
 
     ContentView {
         anchors.fill: parent
+        focus: true
         content: window.content
     }
 }

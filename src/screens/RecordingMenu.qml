@@ -13,26 +13,26 @@ ContextMenu {
     /// Opens at a place of `row`, with what can be done with its recording now.
     function openFor(row: Item, rowIndex: int, x: real, y: real) {
         index = rowIndex;
-        // A hidden entry would still take the arrow keys.
-        while (count > 2)
-            removeItem(itemAt(1));
+        while (count > 0)
+            removeItem(itemAt(0));
+        // Made in their order, since that is the order in which they are read out; and only those that apply, since a
+        // hidden entry would still take the arrow keys.
+        addItem(exportEntry.createObject(menu) as MenuEntry);
         if (recordings.canTranscribe(index))
-            insertItem(1, transcribeEntry.createObject(menu) as MenuEntry);
+            addItem(transcribeEntry.createObject(menu) as MenuEntry);
         if (recordings.canSummarize(index))
-            insertItem(1, summarizeEntry.createObject(menu) as MenuEntry);
+            addItem(summarizeEntry.createObject(menu) as MenuEntry);
+        addItem(deleteEntry.createObject(menu) as MenuEntry);
         popup(row, x, y);
     }
 
-    MenuEntry {
-        text: L10n.export_
-        onTriggered: menu.recordings.exportRecording(menu.index)
+    Component {
+        id: exportEntry
+        MenuEntry {
+            text: L10n.export_
+            onTriggered: menu.recordings.exportRecording(menu.index)
+        }
     }
-    MenuEntry {
-        text: L10n.delete_
-        foreground: Theme.red
-        onTriggered: menu.recordings.deleteRecording(menu.index)
-    }
-
     Component {
         id: transcribeEntry
         MenuEntry {
@@ -45,6 +45,14 @@ ContextMenu {
         MenuEntry {
             text: L10n.summarize
             onTriggered: menu.recordings.summarize(menu.index)
+        }
+    }
+    Component {
+        id: deleteEntry
+        MenuEntry {
+            text: L10n.delete_
+            foreground: Theme.red
+            onTriggered: menu.recordings.deleteRecording(menu.index)
         }
     }
 }

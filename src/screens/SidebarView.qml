@@ -55,7 +55,10 @@ Rectangle {
                 anchors.rightMargin: clear.visible ? clear.width + 6 : 0
                 placeholder: L10n.searchRecordings
                 font.pixelSize: Theme.subheadline
-                onTextChanged: sidebar.recordings.searchText = text
+                onTextChanged: {
+                    sidebar.recordings.searchText = text;
+                    list.positionViewAtBeginning();
+                }
                 // A screen made anew finds the filter as it was left.
                 Component.onCompleted: text = sidebar.recordings.searchText
             }
@@ -107,6 +110,18 @@ Rectangle {
             onChosen: sidebar.recordings.select(index)
             onMenuRequested: (x, y) => menu.openFor(this, index, x, y)
         }
+    }
+    Connections {
+        // A new recording comes in above what is visible.
+        function onSelectedRowChanged() {
+            const row = sidebar.recordings.selectedRow;
+            if (row < 0)
+                return;
+            list.currentIndex = row;
+            list.positionViewAtIndex(row, ListView.Contain);
+        }
+
+        target: sidebar.recordings
     }
     RecordingMenu {
         id: menu

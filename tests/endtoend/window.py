@@ -277,13 +277,15 @@ class Application:
                 if node is not None and node.get_process_id() == self.process.pid and node.get_child_count() > 0:
                     return Window(node)
             return None
-        return wait_for("the window", look, seconds)
+        window = wait_for("the window", look, seconds)
+        self.raise_window()
+        return window
 
     def raise_window(self):
         """Gives the window the keyboard, as a click on its title would."""
-        ids = subprocess.run(["xdotool", "search", "--onlyvisible", "--pid", str(self.process.pid)], check=True,
-                             capture_output=True, text=True).stdout.split()
-        subprocess.run(["xdotool", "windowactivate", "--sync", ids[-1]], check=True)
+        ids = subprocess.run(["xdotool", "search", "--sync", "--onlyvisible", "--pid", str(self.process.pid)],
+                             check=True, capture_output=True, text=True, timeout=60).stdout.split()
+        subprocess.run(["xdotool", "windowactivate", "--sync", ids[-1]], check=True, timeout=60)
 
     def close(self, seconds=30):
         """Closes the window by the window manager's key, and gives the exit code."""
