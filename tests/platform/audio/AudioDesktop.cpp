@@ -1,10 +1,13 @@
 #include "AudioDesktop.h"
 
+#include "support/Await.h"
+
 #include <QFile>
 #include <QProcess>
 #include <QThread>
 
 #include <algorithm>
+#include <cmath>
 #include <limits>
 #include <stdexcept>
 
@@ -111,6 +114,27 @@ void Recorded::clear()
     const std::lock_guard guard(m_lock);
     m_samples.clear();
     m_arrivals.clear();
+}
+
+bool toneSettles(const Recorded &recorded, double rate, double frequency, double levelDbfs, double tolerance)
+{
+    const auto limit = std::chrono::steady_clock::now() + std::chrono::seconds(30);
+    std::size_t wanted = recorded.count() + std::size_t(rate);
+    double level = 0;
+    double presence = 0;
+    while (std::chrono::steady_clock::now() < limit) {
+        if (waitUntil([&] { return recorded.count() >= wanted; }, 5000)) {
+            const auto newest = recorded.last(1, rate);
+            level = toneLevelDbfs(newest, rate, frequency);
+            presence = tonePresence(newest, rate, frequency, levelDbfs - 6);
+            if (std::abs(level - levelDbfs) <= tolerance && presence >= 1)
+                return true;
+        }
+        wanted = recorded.count() + std::size_t(rate / 4);
+    }
+    qWarning("%.0f Hz is at %.2f instead of %.2f dBFS, %.1f%% of the time", frequency, level, levelDbfs,
+             100 * presence);
+    return false;
 }
 
 void RecordingOutput::didOutputSampleBuffer(const SampleBuffer &buffer, StreamOutputType type)

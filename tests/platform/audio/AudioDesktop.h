@@ -56,6 +56,14 @@ private:
     std::vector<Arrival> m_arrivals; ///< guarded by m_lock
 };
 
+/// Waits until the newest second holds the tone at `levelDbfs`, give or take `tolerance`, without a gap;
+/// false if that does not come to pass within half a minute.
+///
+/// On a machine that is busy with other things the sound server itself stumbles now and then; a level that is
+/// wrong, or a gap that is ours, stays.
+[[nodiscard]] bool toneSettles(const Recorded &recorded, double rate, double frequency, double levelDbfs,
+                               double tolerance);
+
 /// Takes what a system stream delivers.
 class RecordingOutput final : public SystemAudioOutput
 {

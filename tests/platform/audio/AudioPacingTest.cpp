@@ -1,11 +1,14 @@
 #include "platform/linux/audio/BlockStretch.h"
 #include "platform/linux/audio/ClockPacer.h"
+#include "platform/linux/audio/PacedQueue.h"
 #include "platform/linux/audio/PlayingInput.h"
 #include "platform/linux/audio/RateConverter.h"
 #include "platform/linux/audio/SampleFifo.h"
+#include "platform/linux/audio/TapThread.h"
 #include "support/ToneAnalysis.h"
 
 #include <QTest>
+#include <QThread>
 
 #include <cmath>
 #include <numbers>
@@ -268,6 +271,38 @@ private Q_SLOTS:
         QCOMPARE(block[99], 0.5F);
         QCOMPARE(block[100], 0.0F);
         QVERIFY(input.isSpent());
+    }
+
+    void whatArrivesWhileTheTapIsSlowIsDeliveredWhole()
+    {
+        PacedQueue queue;
+        TapThread tap(queue);
+        std::vector<float> heard;
+        int calls = 0;
+        tap.install(1000, {kRate, 1}, [&](PcmBuffer &buffer) {
+            if (++calls == 3)
+                QThread::msleep(600); // a disk that takes its time
+            const float *const samples = buffer.floatChannelData()[0];
+            heard.insert(heard.end(), samples, samples + buffer.frameLength());
+        });
+        queue.begin(kRate);
+        queue.setDeviceLive(true);
+        tap.start();
+        float next = 1;
+        for (int blocks = 0; blocks < 12; ++blocks) {
+            std::vector<float> block(std::size_t(kBlock));
+            for (float &sample : block)
+                sample = next++;
+            queue.push(block);
+            QThread::msleep(85);
+        }
+        tap.stop(); // with what is still queued
+        const auto first = std::ranges::find(heard, 1.0F);
+        QCOMPARE(std::ptrdiff_t(heard.end() - first), std::ptrdiff_t(12 * kBlock));
+        float expected = 1;
+        for (auto sample = first; sample != heard.end(); ++sample)
+            QCOMPARE(*sample, expected++);
+        QVERIFY(std::all_of(heard.begin(), first, [](float sample) { return sample == 0; }));
     }
 
     void aFifoKeepsOrderAcrossItsEnds()

@@ -58,6 +58,11 @@ struct Listening
             20'000);
     }
 
+    bool settles(double frequency, double levelDbfs) const
+    {
+        return toneSettles(recorded, format.sampleRate, frequency, levelDbfs, 0.5);
+    }
+
     double level(double frequency, double seconds = 1)
     {
         return toneLevelDbfs(recorded.last(seconds, format.sampleRate), format.sampleRate, frequency);
@@ -103,12 +108,7 @@ private Q_SLOTS:
         const ToneProcess tone({.frequency = 1000, .levelDbfs = -20, .device = "room"});
         Listening microphone;
         QCOMPARE(microphone.format, (AudioFormat{kRate, 1}));
-        QVERIFY(microphone.waitForTone(1000));
-        QVERIFY(microphone.waitForSeconds(1.5));
-        const double level = microphone.level(1000);
-        QVERIFY2(std::abs(level + 20) < 0.5, qPrintable(QString::number(level)));
-        // Without a gap, too.
-        QCOMPARE(tonePresence(microphone.recorded.last(1, kRate), kRate, 1000, -26), 1.0);
+        QVERIFY(microphone.settles(1000, -20));
     }
 
     void theChannelsOfAMicrophoneAreAveragedAndNotSummed()
@@ -123,10 +123,7 @@ private Q_SLOTS:
         pactl({QStringLiteral("set-default-source"), QStringLiteral("stereo")});
         Listening microphone;
         QCOMPARE(microphone.format, (AudioFormat{kRate, 2}));
-        QVERIFY(microphone.waitForTone(1000));
-        QVERIFY(microphone.waitForSeconds(1.3));
-        const double level = microphone.level(1000);
-        QVERIFY2(std::abs(level + 20) < 0.5, qPrintable(QString::number(level)));
+        QVERIFY(microphone.settles(1000, -20));
     }
 
     void aMicrophoneIsHeardAtItsOwnRate_data()
@@ -147,10 +144,7 @@ private Q_SLOTS:
         const ToneProcess tone({.frequency = 1000, .levelDbfs = -20, .device = "room"});
         Listening microphone;
         QCOMPARE(microphone.format.sampleRate, told);
-        QVERIFY(microphone.waitForTone(1000));
-        QVERIFY(microphone.waitForSeconds(1.3));
-        const double level = microphone.level(1000);
-        QVERIFY2(std::abs(level + 20) < 0.5, qPrintable(QString::number(level)));
+        QVERIFY(microphone.settles(1000, -20));
         VERIFY_IN_TIME(microphone, told);
     }
 
@@ -212,11 +206,15 @@ private Q_SLOTS:
                 QThread::msleep(1500); // a disk that takes its time
         });
         QVERIFY(microphone.waitForTone(1000));
+        microphone.recorded.clear();
         stall = true;
         QVERIFY(waitUntil([&] { return !stall; }));
         QVERIFY(microphone.waitForSeconds(2.5));
         QVERIFY(microphone.recorded.longestPause() > 1.3);
-        QCOMPARE(tonePresence(microphone.recorded.last(2.4, kRate), kRate, 1000, -26), 1.0);
+        // Without what came meanwhile it would be less than a half; a busy machine's server may stumble a
+        // bit.
+        const double presence = tonePresence(microphone.recorded.samples(), kRate, 1000, -26);
+        QVERIFY2(presence > 0.9, qPrintable(QString::number(presence)));
     }
 
     void stoppingDeliversWhatHasArrived()
@@ -245,9 +243,7 @@ private Q_SLOTS:
         // Silence: neither the room nor, worse, the speakers' monitor.
         QVERIFY(rmsDbfs(microphone.recorded.last(1, kRate)) < -150);
         audioServer({QStringLiteral("plug"), QStringLiteral("second")});
-        QVERIFY(microphone.waitForTone(1000));
-        QVERIFY(microphone.waitForSeconds(1.2));
-        QVERIFY(std::abs(microphone.level(1000) + 20) < 0.5);
+        QVERIFY(microphone.settles(1000, -20));
         QVERIFY(microphone.level(3000) < -80);
         VERIFY_IN_TIME(microphone, kRate);
     }
@@ -259,9 +255,7 @@ private Q_SLOTS:
         QVERIFY(microphone.waitForTone(1000));
         onlyMicrophone({QStringLiteral("second"), QStringLiteral("44100")});
         QVERIFY(waitUntil([&] { return tonePresence(microphone.recorded.samples(), kRate, 1000, -30) < 1; }));
-        QVERIFY(microphone.waitForTone(1000));
-        QVERIFY(microphone.waitForSeconds(1.2));
-        QVERIFY(std::abs(microphone.level(1000) + 20) < 0.5);
+        QVERIFY(microphone.settles(1000, -20));
         VERIFY_IN_TIME(microphone, kRate);
     }
 
@@ -273,9 +267,7 @@ private Q_SLOTS:
         QVERIFY(microphone.waitForSeconds(1)); // the clock goes on without it
         audioServer({QStringLiteral("start")});
         const ToneProcess room({.frequency = 1000, .levelDbfs = -20, .device = "room"});
-        QVERIFY(microphone.waitForTone(1000));
-        QVERIFY(microphone.waitForSeconds(1.2));
-        QVERIFY(std::abs(microphone.level(1000) + 20) < 0.5);
+        QVERIFY(microphone.settles(1000, -20));
         VERIFY_IN_TIME(microphone, kRate);
     }
 
