@@ -290,7 +290,7 @@ private Q_SLOTS:
         tap.start();
         float next = 1;
         for (int blocks = 0; blocks < 12; ++blocks) {
-            std::vector<float> block(std::size_t(kBlock));
+            std::vector<float> block(kBlock);
             for (float &sample : block)
                 sample = next++;
             queue.push(block);
