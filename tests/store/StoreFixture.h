@@ -6,6 +6,9 @@
 #include <QList>
 #include <QString>
 
+#include <csignal>
+#include <sys/resource.h>
+
 namespace talvenor::test {
 
 /// A finished recording with everything in it: two segments, one with a speaker, two participants, a summary.
@@ -39,6 +42,29 @@ public:
 private:
     int m_original = -1;
     int m_file = -1;
+};
+
+/// While it lives, no file can grow beyond `bytes`: a full disk, as far as a writer can tell.
+class FileSizeLimit
+{
+public:
+    explicit FileSizeLimit(rlim_t bytes)
+    {
+        m_previousHandler = std::signal(SIGXFSZ, SIG_IGN);
+        getrlimit(RLIMIT_FSIZE, &m_previous);
+        const rlimit limit{bytes, m_previous.rlim_max};
+        setrlimit(RLIMIT_FSIZE, &limit);
+    }
+    ~FileSizeLimit()
+    {
+        setrlimit(RLIMIT_FSIZE, &m_previous);
+        std::signal(SIGXFSZ, m_previousHandler);
+    }
+    Q_DISABLE_COPY_MOVE(FileSizeLimit)
+
+private:
+    rlimit m_previous{};
+    void (*m_previousHandler)(int) = nullptr;
 };
 
 } // namespace talvenor::test
