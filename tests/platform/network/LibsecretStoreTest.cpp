@@ -205,15 +205,22 @@ private Q_SLOTS:
         prompter.goAway();
     }
 
-    void whatIsRemovedWhileTheStoreIsLockedIsGoneForThisRun()
+    void whatIsRemovedWhileTheStoreIsLockedGoesOnceItIsUnlocked()
     {
         LibsecretStore().save(kService, kAccount, "token");
         SecretServiceControl::lock();
         const auto unlock = qScopeGuard([] { SecretServiceControl::unlock(); });
+        UnansweredPrompter prompter;
         LibsecretStore store;
         store.remove(kService, kAccount);
         QVERIFY(!store.load(kService, kAccount));
+        QVERIFY(test::waitUntil([&] { return prompter.questions() == 1; }));
         QCOMPARE(SecretServiceControl::items(kService, kAccount).size(), 1);
+
+        SecretServiceControl::unlock();
+        prompter.goAway();
+        QVERIFY(test::waitUntil([] { return SecretServiceControl::items(kService, kAccount).isEmpty(); }));
+        QVERIFY(!store.load(kService, kAccount));
     }
 
     void theStoreMayBeUsedFromManyThreads()

@@ -2,7 +2,7 @@
 
 #include "foundation/LocalizedError.h"
 
-#include <QtGlobal>
+#include <QList>
 
 #include <utility>
 #include <vector>
@@ -32,7 +32,12 @@ struct SecretValueRelease
 };
 using SecretValuePointer = std::unique_ptr<SecretValue, SecretValueRelease>;
 
-using Items = std::vector<GObjectPointer<SecretItem>>;
+/// Object paths of items in the store.
+struct Paths
+{
+    QList<QByteArray> unlocked;
+    QList<QByteArray> locked;
+};
 
 /// Receives the error of a GLib call and throws it.
 class ErrorSlot
@@ -68,27 +73,65 @@ GHashTablePointer attributes(const SecretName &name)
     return GHashTablePointer(table);
 }
 
-Items search(SecretService *service, const SecretName &name, int flags)
+QList<QByteArray> taken(gchar **paths)
 {
-    ErrorSlot error;
-    GList *const found =
-        secret_service_search_sync(service, &kSchema, attributes(name).get(),
-                                   SecretSearchFlags(SECRET_SEARCH_ALL | flags), nullptr, error);
-    Items items;
-    for (GList *entry = found; entry; entry = entry->next)
-        items.emplace_back(static_cast<SecretItem *>(entry->data));
-    g_list_free(found);
-    error.throwIfSet();
-    return items;
+    QList<QByteArray> list;
+    for (gchar **path = paths; path && *path; ++path)
+        list.append(QByteArray(*path));
+    g_strfreev(paths);
+    return list;
 }
 
-GObjectPointer<SecretCollection> defaultCollection(SecretService *service)
+/// Object paths are used instead of libsecret's item objects, each of which subscribes to signals and leaves
+/// something of that behind when it is freed on a thread without an event loop.
+Paths search(SecretService *service, const SecretName &name)
 {
     ErrorSlot error;
-    GObjectPointer<SecretCollection> collection(secret_collection_for_alias_sync(
-        service, SECRET_COLLECTION_DEFAULT, SECRET_COLLECTION_NONE, nullptr, error));
+    gchar **unlocked = nullptr;
+    gchar **locked = nullptr;
+    secret_service_search_for_dbus_paths_sync(service, &kSchema, attributes(name).get(), nullptr, &unlocked,
+                                              &locked, error);
+    Paths paths{taken(unlocked), taken(locked)};
     error.throwIfSet();
-    return collection;
+    return paths;
+}
+
+GVariantPointer property(SecretService *service, const QByteArray &path, const char *interface,
+                         const char *name)
+{
+    ErrorSlot error;
+    const GVariantPointer reply(g_dbus_connection_call_sync(
+        g_dbus_proxy_get_connection(G_DBUS_PROXY(service)), g_dbus_proxy_get_name(G_DBUS_PROXY(service)),
+        path.constData(), "org.freedesktop.DBus.Properties", "Get", g_variant_new("(ss)", interface, name),
+        G_VARIANT_TYPE("(v)"), G_DBUS_CALL_FLAGS_NONE, -1, nullptr, error));
+    error.throwIfSet();
+    GVariant *value = nullptr;
+    g_variant_get(reply.get(), "(v)", &value);
+    return GVariantPointer(value);
+}
+
+/// The default collection's path; empty if there is none.
+QByteArray defaultCollection(SecretService *service)
+{
+    ErrorSlot error;
+    gchar *const path =
+        secret_service_read_alias_dbus_path_sync(service, SECRET_COLLECTION_DEFAULT, nullptr, error);
+    QByteArray collection(path);
+    g_free(path);
+    error.throwIfSet();
+    return collection == "/" ? QByteArray() : collection;
+}
+
+bool isCollectionLocked(SecretService *service, const QByteArray &collection)
+{
+    const auto locked = property(service, collection, "org.freedesktop.Secret.Collection", "Locked");
+    return g_variant_is_of_type(locked.get(), G_VARIANT_TYPE_BOOLEAN) && g_variant_get_boolean(locked.get());
+}
+
+guint64 modificationTime(SecretService *service, const QByteArray &item)
+{
+    const auto time = property(service, item, "org.freedesktop.Secret.Item", "Modified");
+    return g_variant_is_of_type(time.get(), G_VARIANT_TYPE_UINT64) ? g_variant_get_uint64(time.get()) : 0;
 }
 
 } // namespace
@@ -114,16 +157,20 @@ SecretServiceClient::SecretServiceClient()
 
 FoundSecret SecretServiceClient::find(const SecretName &name)
 {
+    const Paths paths = search(m_service.get(), name);
     FoundSecret found;
+    found.isAnyLocked = !paths.locked.isEmpty();
     guint64 newestTime = 0;
-    for (const auto &item : search(m_service.get(), name, SECRET_SEARCH_LOAD_SECRETS)) {
-        if (secret_item_get_locked(item.get())) {
-            found.isAnyLocked = true;
+    for (const QByteArray &item : paths.unlocked) {
+        // Usually there is one, whose time does not matter.
+        const guint64 time = paths.unlocked.size() > 1 ? modificationTime(m_service.get(), item) : 0;
+        if (found.newest && time < newestTime)
             continue;
-        }
-        const SecretValuePointer value(secret_item_get_secret(item.get()));
-        const guint64 time = secret_item_get_modified(item.get());
-        if (!value || (found.newest && time < newestTime))
+        ErrorSlot error;
+        const SecretValuePointer value(
+            secret_service_get_secret_for_dbus_path_sync(m_service.get(), item.constData(), nullptr, error));
+        error.throwIfSet();
+        if (!value)
             continue;
         gsize length = 0;
         const char *const bytes = secret_value_get(value.get(), &length);
@@ -135,8 +182,8 @@ FoundSecret SecretServiceClient::find(const SecretName &name)
 
 bool SecretServiceClient::isDefaultCollectionReady()
 {
-    const auto collection = defaultCollection(m_service.get());
-    return collection && !secret_collection_get_locked(collection.get());
+    const QByteArray collection = defaultCollection(m_service.get());
+    return !collection.isEmpty() && !isCollectionLocked(m_service.get(), collection);
 }
 
 void SecretServiceClient::store(const SecretName &name, const QByteArray &value)
@@ -150,37 +197,32 @@ void SecretServiceClient::store(const SecretName &name, const QByteArray &value)
 
 bool SecretServiceClient::remove(const SecretName &name)
 {
-    bool isAnyLeft = false;
-    for (const auto &item : search(m_service.get(), name, SECRET_SEARCH_NONE)) {
-        if (secret_item_get_locked(item.get())) {
-            isAnyLeft = true;
-            continue;
-        }
+    const Paths paths = search(m_service.get(), name);
+    for (const QByteArray &item : paths.unlocked) {
         ErrorSlot error;
-        secret_item_delete_sync(item.get(), nullptr, error);
+        secret_service_delete_item_dbus_path_sync(m_service.get(), item.constData(), nullptr, error);
         error.throwIfSet();
     }
-    return !isAnyLeft;
+    return paths.locked.isEmpty();
 }
 
 bool SecretServiceClient::unlock(const SecretName &name)
 {
-    const Items items = search(m_service.get(), name, SECRET_SEARCH_NONE);
-    const auto collection = defaultCollection(m_service.get());
-    GList *locked = nullptr;
-    for (const auto &item : items) {
-        if (secret_item_get_locked(item.get()))
-            locked = g_list_prepend(locked, item.get());
-    }
-    if (collection && secret_collection_get_locked(collection.get()))
-        locked = g_list_prepend(locked, collection.get());
-    const auto wanted = int(g_list_length(locked));
+    QList<QByteArray> locked = search(m_service.get(), name).locked;
+    const QByteArray collection = defaultCollection(m_service.get());
+    if (!collection.isEmpty() && isCollectionLocked(m_service.get(), collection))
+        locked.append(collection);
+    if (locked.isEmpty())
+        return true;
+    std::vector<const gchar *> paths;
+    for (const QByteArray &path : locked)
+        paths.push_back(path.constData());
+    paths.push_back(nullptr);
     ErrorSlot error;
     const int unlocked =
-        wanted == 0 ? 0 : secret_service_unlock_sync(m_service.get(), locked, nullptr, nullptr, error);
-    g_list_free(locked);
+        secret_service_unlock_dbus_paths_sync(m_service.get(), paths.data(), nullptr, nullptr, error);
     error.throwIfSet();
-    return unlocked == wanted;
+    return unlocked == int(locked.size());
 }
 
 } // namespace talvenor

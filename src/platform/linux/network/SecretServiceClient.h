@@ -2,6 +2,8 @@
 
 #include "platform/linux/network/GObjectPointer.h"
 
+// The calls by object path, as libsecret has had them since its first releases, ask for this.
+#define SECRET_API_SUBJECT_TO_CHANGE
 #include <libsecret/secret.h>
 
 #include <QByteArray>
