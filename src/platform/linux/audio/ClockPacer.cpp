@@ -12,6 +12,8 @@ using std::chrono::milliseconds;
 
 /// How far silence stays behind the clock: about one block of a device.
 constexpr milliseconds kSilenceLag{85};
+/// A device's first blocks may be ahead by so much: they hold what it heard while it was being opened.
+constexpr milliseconds kEarliest{150};
 /// A live device may say nothing for this long; what it held back then still comes whole.
 constexpr milliseconds kLongestStall{2000};
 /// A deviation that no clock brings about: a hole, or a burst.
@@ -42,10 +44,10 @@ ClockPacer::Adjustment ClockPacer::blockArrived(std::int64_t frames, PaceClock::
         if (lateness >= 0)
             adjustment.silenceBefore = lateness;
         else
-            adjustment.dropped = std::clamp<std::int64_t>(-lateness - framesOf(kSilenceLag), 0, frames);
-    } else if (now < m_settled && lateness < -framesOf(kSilenceLag)) {
+            adjustment.dropped = std::clamp<std::int64_t>(-lateness - framesOf(kEarliest), 0, frames);
+    } else if (now < m_settled && lateness < -framesOf(kEarliest)) {
         // What the device had held back comes in a burst, but its time has been filled with silence.
-        adjustment.dropped = std::min(frames, -lateness - framesOf(kSilenceLag));
+        adjustment.dropped = std::min(frames, -lateness - framesOf(kEarliest));
         startWindow(now);
     } else if (lateness < -framesOf(kJump)) {
         // More sound than time: a device that delivers faster than anyone speaks.
