@@ -1,0 +1,221 @@
+#include "screens/RecordingListModel.h"
+#include "recorderfakes/RecorderFixture.h"
+#include "settings/AppSettings.h"
+
+#include <QAbstractItemModelTester>
+#include <QSignalSpy>
+#include <QTest>
+
+using namespace talvenor;
+using test::RecorderFixture;
+
+namespace {
+
+Recording entryNamed(const QString &title, int secondsAgo)
+{
+    Recording recording;
+    recording.title = title;
+    recording.date =
+        QDateTime::fromString(QStringLiteral("2026-03-01T10:00:00Z"), Qt::ISODate).addSecs(-secondsAgo);
+    recording.audioFileName = QStringLiteral("sound.m4a");
+    recording.status = RecordingStatus::completed;
+    recording.duration = 65;
+    return recording;
+}
+
+Recording withTranscript(Recording recording)
+{
+    TranscriptSegment segment;
+    segment.text = QStringLiteral("words");
+    recording.transcriptSegments.append(segment);
+    return recording;
+}
+
+Recording withSummary(Recording recording)
+{
+    recording.summary = QStringLiteral("short");
+    return recording;
+}
+
+/// A model over a list of three, watched for contradictions.
+struct ListOfThree
+{
+    explicit ListOfThree(const QList<Recording> &entries = {entryNamed(QStringLiteral("Alpha one"), 0),
+                                                            entryNamed(QStringLiteral("Beta"), 1),
+                                                            entryNamed(QStringLiteral("Gamma ONE"), 2)})
+    {
+        fixture.writeList(entries);
+        viewModel = &fixture.start();
+        model = std::make_unique<RecordingListModel>(*viewModel);
+        tester = std::make_unique<QAbstractItemModelTester>(
+            model.get(), QAbstractItemModelTester::FailureReportingMode::QtTest);
+    }
+
+    [[nodiscard]] QStringList titles() const
+    {
+        QStringList list;
+        for (int row = 0; row < model->rowCount(); ++row)
+            list.append(model->index(row).data(RecordingListModel::titleRole).toString());
+        return list;
+    }
+
+    [[nodiscard]] QVariant data(int row, int role) const { return model->index(row).data(role); }
+
+    RecorderFixture fixture;
+    RecorderViewModel *viewModel = nullptr;
+    std::unique_ptr<RecordingListModel> model;
+    std::unique_ptr<QAbstractItemModelTester> tester;
+};
+
+} // namespace
+
+class RecordingListModelTest : public QObject
+{
+    Q_OBJECT
+
+private Q_SLOTS:
+    void rowsTellWhatTheRecordingsTell()
+    {
+        ListOfThree list;
+        const Recording &first = list.viewModel->recordings().first();
+        QCOMPARE(list.model->rowCount(), 3);
+        QCOMPARE(list.data(0, RecordingListModel::titleRole), QVariant(first.title));
+        QCOMPARE(list.data(0, RecordingListModel::dateRole), QVariant(first.formattedDate()));
+        QCOMPARE(list.data(0, RecordingListModel::durationRole), QVariant(QStringLiteral("01:05")));
+        QCOMPARE(list.data(0, RecordingListModel::statusRole), QVariant(QStringLiteral("completed")));
+        QCOMPARE(list.data(0, RecordingListModel::statusTextRole), QVariant(QStringLiteral("Completed")));
+    }
+
+    void aChangeOfOneEntryIsToldForItsRowAlone()
+    {
+        ListOfThree list;
+        QSignalSpy resets(list.model.get(), &QAbstractItemModel::modelReset);
+        QSignalSpy changes(list.model.get(), &QAbstractItemModel::dataChanged);
+        QSignalSpy insertions(list.model.get(), &QAbstractItemModel::rowsInserted);
+        QSignalSpy removals(list.model.get(), &QAbstractItemModel::rowsRemoved);
+        list.viewModel->renameRecording(list.viewModel->recordings().at(1), QStringLiteral("Delta"));
+        QCOMPARE(changes.size(), 1);
+        QCOMPARE(changes.first().first().toModelIndex().row(), 1);
+        QCOMPARE(list.titles().at(1), QStringLiteral("Delta"));
+        QCOMPARE(resets.size() + insertions.size() + removals.size(), 0);
+    }
+
+    void aDeletedEntryIsOneRemoval()
+    {
+        ListOfThree list;
+        QSignalSpy removals(list.model.get(), &QAbstractItemModel::rowsRemoved);
+        QSignalSpy counts(list.model.get(), &RecordingListModel::countChanged);
+        list.model->deleteRecording(1);
+        QCOMPARE(removals.size(), 1);
+        QCOMPARE(removals.first().at(1).toInt(), 1);
+        QCOMPARE(counts.size(), 1);
+        QCOMPARE(list.titles(), (QStringList{QStringLiteral("Alpha one"), QStringLiteral("Gamma ONE")}));
+    }
+
+    void theSearchFindsTitlesWithoutRegardToCase()
+    {
+        ListOfThree list;
+        list.model->setSearchText(QStringLiteral("One"));
+        QCOMPARE(list.titles(), (QStringList{QStringLiteral("Alpha one"), QStringLiteral("Gamma ONE")}));
+        list.model->setSearchText(QStringLiteral(" "));
+        QCOMPARE(list.titles(), (QStringList{QStringLiteral("Alpha one"), QStringLiteral("Gamma ONE")}));
+        list.model->setSearchText(QStringLiteral("nothing"));
+        QCOMPARE(list.model->rowCount(), 0);
+        list.model->setSearchText(QString());
+        QCOMPARE(list.model->rowCount(), 3);
+    }
+
+    void theSearchLooksAtTitlesOnly()
+    {
+        ListOfThree list({withSummary(withTranscript(entryNamed(QStringLiteral("title"), 0)))});
+        for (const auto *text : {u"words", u"short"}) {
+            list.model->setSearchText(QStringView(text).toString());
+            QCOMPARE(list.model->rowCount(), 0);
+        }
+    }
+
+    void theSearchStaysWhenTheListChanges()
+    {
+        ListOfThree list;
+        list.model->setSearchText(QStringLiteral("beta"));
+        list.viewModel->renameRecording(list.viewModel->recordings().at(1), QStringLiteral("Other"));
+        QCOMPARE(list.model->rowCount(), 0);
+        list.viewModel->renameRecording(list.viewModel->recordings().at(0), QStringLiteral("Alphabeta"));
+        QCOMPARE(list.titles(), QStringList{QStringLiteral("Alphabeta")});
+    }
+
+    void theMenuOffersWhatTheRecordingNeeds()
+    {
+        Recording failed = entryNamed(QStringLiteral("failed"), 3);
+        failed.status = RecordingStatus::failed;
+        Recording running = entryNamed(QStringLiteral("running"), 4);
+        running.status = RecordingStatus::transcribing;
+        ListOfThree list({entryNamed(QStringLiteral("bare"), 0),
+                          withTranscript(entryNamed(QStringLiteral("transcribed"), 1)),
+                          withSummary(withTranscript(entryNamed(QStringLiteral("complete"), 2))), failed,
+                          running});
+        const QList<bool> transcribe{true, false, false, false, false};
+        const QList<bool> summarize{false, true, false, false, false};
+        for (int row = 0; row < 5; ++row) {
+            QCOMPARE(list.model->canTranscribe(row), transcribe.at(row));
+            QCOMPARE(list.model->canSummarize(row), summarize.at(row));
+        }
+        QVERIFY(!list.model->canTranscribe(-1));
+        QVERIFY(!list.model->canSummarize(5));
+    }
+
+    void selectingARowSelectsItsRecording()
+    {
+        ListOfThree list;
+        QSignalSpy changes(list.model.get(), &RecordingListModel::selectedRowChanged);
+        list.model->select(2);
+        QCOMPARE(list.viewModel->selectedRecording()->title, QStringLiteral("Gamma ONE"));
+        QCOMPARE(list.model->selectedRow(), 2);
+        QCOMPARE(changes.size(), 1);
+        QVERIFY(list.data(2, RecordingListModel::selectedRole).toBool());
+        QVERIFY(!list.data(0, RecordingListModel::selectedRole).toBool());
+        list.model->setSearchText(QStringLiteral("beta"));
+        QCOMPARE(list.model->selectedRow(), -1);
+        list.model->select(7);
+        QCOMPARE(list.viewModel->selectedRecording()->title, QStringLiteral("Gamma ONE"));
+    }
+
+    void theStatusFollowsTheLanguage()
+    {
+        ListOfThree list;
+        QSignalSpy changes(list.model.get(), &QAbstractItemModel::dataChanged);
+        AppSettings::shared().setAppLanguage(AppLanguage::german);
+        QCOMPARE(list.data(0, RecordingListModel::statusTextRole), QVariant(QStringLiteral("Abgeschlossen")));
+        QVERIFY(!changes.isEmpty());
+    }
+
+    void entriesWithTheSameIdAreEachShown()
+    {
+        const Recording twice = entryNamed(QStringLiteral("twice"), 0);
+        ListOfThree list({twice, twice, entryNamed(QStringLiteral("other"), 1)});
+        QCOMPARE(list.model->rowCount(), 3);
+        list.model->deleteRecording(0);
+        QCOMPARE(list.titles(), QStringList{QStringLiteral("other")});
+    }
+
+    void tenThousandRecordingsAreSearchedAtOnce()
+    {
+        QList<Recording> entries;
+        for (int i = 0; i < 10'000; ++i)
+            entries.append(entryNamed(QStringLiteral("Meeting number %1").arg(i), i));
+        ListOfThree list(entries);
+        list.tester.reset();
+        QElapsedTimer timer;
+        timer.start();
+        // Every tenth matches, all over the list.
+        list.model->setSearchText(QStringLiteral("7 "));
+        list.model->setSearchText(QStringLiteral("7"));
+        const qint64 milliseconds = timer.elapsed();
+        qInfo("two searches in 10,000 titles: %lld ms", milliseconds);
+        QCOMPARE(list.model->rowCount(), 3439);
+        QVERIFY2(milliseconds < 5000, "a search must not stall the window");
+    }
+};
+
+QTEST_GUILESS_MAIN(RecordingListModelTest)
+#include "RecordingListModelTest.moc"
