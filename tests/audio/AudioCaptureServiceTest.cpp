@@ -1,56 +1,24 @@
-#include "audio/AudioCaptureService.h"
+#include "CaptureFixture.h"
+
 #include "audio/AudioCaptureError.h"
 #include "settings/AppSettings.h"
-#include "support/Await.h"
-#include "support/FakeAudio.h"
-#include "support/LogCapture.h"
 
+#include <QElapsedTimer>
 #include <QFile>
 #include <QSignalSpy>
 #include <QTemporaryDir>
-#include <QTest>
 
 #include <cmath>
 
 using namespace talvenor;
-using test::await;
-using test::FakeAudio;
-
-namespace {
-
-const QString channel = QStringLiteral("com.talvenor.app.AudioCapture");
-const QString someURL = QStringLiteral("/nowhere/one.m4a");
-const QString otherURL = QStringLiteral("/nowhere/two.m4a");
-
-/// The level that a block of this constant value reads.
-float levelOf(float amplitude)
-{
-    LevelMeter meter;
-    meter.update(FakeAudio::block(std::vector<float>(64, amplitude)));
-    return meter.level();
-}
-
-} // namespace
+using namespace talvenor::test;
 
 /// The life of a recording above the devices.
-class AudioCaptureServiceTest : public QObject
+class AudioCaptureServiceTest : public CaptureFixture
 {
     Q_OBJECT
 
 private Q_SLOTS:
-    void init()
-    {
-        m_audio.emplace();
-        m_log.emplace();
-        m_service = std::make_unique<AudioCaptureService>();
-    }
-    void cleanup()
-    {
-        m_service.reset();
-        m_log.reset();
-        m_audio.reset();
-    }
-
     void anIdleServiceHasNothingToShow()
     {
         QVERIFY(!m_service->isRecording());
@@ -139,6 +107,7 @@ private Q_SLOTS:
         QTest::newRow("negative rate") << -1.0 << 1U;
         QTest::newRow("no number") << std::nan("") << 1U;
     }
+
     void noUsableInputIsAnErrorThatUndoesNothing()
     {
         QFETCH(double, rate);
@@ -223,6 +192,7 @@ private Q_SLOTS:
         QTest::newRow("output") << QStringLiteral("output");
         QTest::newRow("start") << QStringLiteral("start");
     }
+
     void aFailureOfSystemAudioLeavesTheMicrophone()
     {
         QFETCH(QString, where);
@@ -428,196 +398,6 @@ private Q_SLOTS:
         QCOMPARE(m_audio->files[0]->samples, std::vector<float>{0.5F});
     }
 
-    void aStopDuringTheSetUpOfSystemAudioFindsNoStream()
-    {
-        const OneShot<void> gate;
-        m_audio->nextStream->startGate = gate;
-        bool ended = false;
-        startTask(this, [this, &ended]() -> Task<> {
-            co_await m_service->startRecording(someURL);
-            ended = true;
-        });
-        QVERIFY(test::waitUntil([&] { return !m_audio->streams.empty(); }));
-        m_service->stopRecording();
-        QVERIFY(!m_service->isRecording());
-        gate.resume();
-        QVERIFY(test::waitUntil([&] { return ended; }));
-        // Nothing guards against it: the stream runs, though nothing is recorded.
-        QVERIFY(m_service->hasSystemAudio());
-        QVERIFY(!m_service->isRecording());
-        QCOMPARE(m_audio->journal->count(QStringLiteral("stream.stopCapture")), 0);
-        // The next stop finds it.
-        m_service->stopRecording();
-        QVERIFY(!m_service->hasSystemAudio());
-        QVERIFY(
-            test::waitUntil([&] { return m_audio->journal->count(QStringLiteral("stream.destroy")) == 1; }));
-        QCOMPARE(m_audio->journal->count(QStringLiteral("stream.stopCapture")), 1);
-    }
-
-    void aSecondStartReplacesEngineFileAndStream()
-    {
-        await(m_service->startRecording(someURL));
-        deliver(0, {0.5F});
-        const std::shared_ptr<test::FakeEngineState> first = m_audio->engines[0];
-        await(m_service->startRecording(otherURL));
-        QVERIFY(!first->tap);
-        QCOMPARE(m_audio->journal->count(QStringLiteral("engine.destroy")), 1);
-        QCOMPARE(m_audio->journal->count(QStringLiteral("file.finish")), 1);
-        QCOMPARE(m_audio->journal->count(QStringLiteral("stream.destroy")), 1);
-        deliver(1, {0.25F});
-        QCOMPARE(m_audio->files[0]->samples, std::vector<float>{0.5F});
-        QCOMPARE(m_audio->files[1]->samples, std::vector<float>{0.25F});
-        QCOMPARE(m_service->stopRecording(), otherURL);
-        QCOMPARE(m_audio->journal->count(QStringLiteral("engine.destroy")), 2);
-        QCOMPARE(m_audio->journal->count(QStringLiteral("file.finish")), 2);
-    }
-
-    void aSecondStartWaitsForTheMicrophoneOfTheFirst()
-    {
-        const OneShot<void> gate;
-        m_audio->nextEngine->inputFormatGate = gate;
-        int ended = 0;
-        for (const QString &url : {someURL, otherURL}) {
-            startTask(this, [this, &ended, url]() -> Task<> {
-                co_await m_service->startRecording(url);
-                ++ended;
-            });
-        }
-        QCoreApplication::processEvents();
-        QCOMPARE(m_audio->engines.size(), 1UL);
-        gate.resume();
-        QVERIFY(test::waitUntil([&] { return ended == 2; }));
-        QCOMPARE(m_audio->files.size(), 2UL);
-        QCOMPARE(m_audio->files[0]->path, someURL);
-        QCOMPARE(m_audio->files[1]->path, otherURL);
-        QVERIFY(!m_audio->engines[0]->tap && m_audio->engines[1]->tap);
-        QCOMPARE(m_log->texts(channel).count(QStringLiteral("Mic recording started")), 2);
-        QCOMPARE(m_service->stopRecording(), otherURL);
-    }
-
-    void aFailedStartLetsTheNextOneHaveItsTurn()
-    {
-        const OneShot<void> gate;
-        m_audio->nextEngine->inputFormatGate = gate;
-        m_audio->nextEngine->inputFormat = {0, 0};
-        int failed = 0;
-        int ended = 0;
-        for (const QString &url : {someURL, otherURL}) {
-            startTask(this, [this, &failed, &ended, url]() -> Task<> {
-                try {
-                    co_await m_service->startRecording(url);
-                    ++ended;
-                } catch (const AudioCaptureError &) {
-                    ++failed;
-                }
-            });
-        }
-        QCoreApplication::processEvents();
-        gate.resume();
-        QVERIFY(test::waitUntil([&] { return ended == 1 && failed == 1; }));
-        QVERIFY(m_service->isRecording());
-    }
-
-    void aStopWhileTheMicrophoneIsBeingSetUpEndsTheSetUp_data()
-    {
-        QTest::addColumn<bool>("starting");
-        QTest::newRow("asking for the format") << false;
-        QTest::newRow("starting the engine") << true;
-    }
-    void aStopWhileTheMicrophoneIsBeingSetUpEndsTheSetUp()
-    {
-        QFETCH(bool, starting);
-        const OneShot<void> gate;
-        (starting ? m_audio->nextEngine->startGate : m_audio->nextEngine->inputFormatGate) = gate;
-        if (starting) // an engine that is stopped meanwhile may fail for that reason
-            m_audio->nextEngine->startError = test::platformFailure(QStringLiteral("stopped"));
-        bool ended = false;
-        startTask(this, [this, &ended]() -> Task<> {
-            co_await m_service->startRecording(someURL); // ends without an error
-            ended = true;
-        });
-        const QString last = starting ? QStringLiteral("engine.start") : QStringLiteral("engine.inputFormat");
-        QVERIFY(test::waitUntil([&] { return m_audio->journal->count(last) == 1; }));
-        QCOMPARE(m_service->stopRecording(), someURL);
-        gate.resume();
-        QVERIFY(test::waitUntil([&] { return ended; }));
-        QVERIFY(!m_service->isRecording() && !m_service->hasSystemAudio());
-        QCOMPARE(m_audio->journal->count(QStringLiteral("engine.destroy")), 1);
-        QCOMPARE(m_audio->journal->count(QStringLiteral("content")), 0);
-        QCOMPARE(m_audio->journal->count(QStringLiteral("file.create")),
-                 m_audio->journal->count(QStringLiteral("file.finish")));
-        await(m_service->startRecording(otherURL)); // nothing is left in the way
-        QVERIFY(m_service->isRecording());
-    }
-
-    void aServiceMayGoAtEveryWait_data()
-    {
-        QTest::addColumn<QString>("where");
-        for (const char *where : {"format", "file", "start", "content", "capture"})
-            QTest::newRow(where) << QString::fromUtf8(where);
-    }
-    void aServiceMayGoAtEveryWait()
-    {
-        QFETCH(QString, where);
-        const OneShot<void> gate;
-        std::atomic<bool> letFileGo = false;
-        QString last;
-        if (where == QStringLiteral("format")) {
-            m_audio->nextEngine->inputFormatGate = gate;
-            last = QStringLiteral("engine.inputFormat");
-        } else if (where == QStringLiteral("file")) {
-            last = QStringLiteral("file.slow");
-            auto create = Platform::shared().createAudioFile;
-            Platform::shared().createAudioFile =
-                [this, create, &letFileGo](const QString &path, const AudioFileSettings &settings) {
-                    m_audio->journal->note(QStringLiteral("file.slow"));
-                    while (!letFileGo)
-                        QThread::yieldCurrentThread();
-                    return create(path, settings);
-                };
-        } else if (where == QStringLiteral("start")) {
-            m_audio->nextEngine->startGate = gate;
-            last = QStringLiteral("engine.start");
-        } else if (where == QStringLiteral("content")) {
-            m_audio->contentGate = gate;
-            last = QStringLiteral("content");
-        } else {
-            m_audio->nextStream->startGate = gate;
-            last = QStringLiteral("stream.startCapture");
-        }
-        int ended = 0;
-        startTask(this, [this, &ended]() -> Task<> {
-            co_await m_service->startRecording(someURL);
-            ++ended;
-        });
-        startTask(this, [this, &ended]() -> Task<> {
-            co_await m_service->startRecording(otherURL); // may still be waiting for its turn
-            ++ended;
-        });
-        QVERIFY(test::waitUntil([&] { return m_audio->journal->count(last) >= 1; }));
-        m_service.reset();
-        letFileGo = true;
-        gate.resume();
-        QVERIFY(test::waitUntil([&] { return ended == 2; }));
-        // Nothing is left behind.
-        const QStringList calls = m_audio->journal->calls();
-        QCOMPARE(calls.count(QStringLiteral("engine.create")), calls.count(QStringLiteral("engine.destroy")));
-        QCOMPARE(calls.count(QStringLiteral("file.create")), calls.count(QStringLiteral("file.finish")));
-        QCOMPARE(calls.count(QStringLiteral("stream.create")), calls.count(QStringLiteral("stream.destroy")));
-    }
-
-    void aServiceThatGoesWhileRecordingFinishesItsFile()
-    {
-        await(m_service->startRecording(someURL));
-        deliver(0, {0.5F});
-        m_service.reset();
-        QVERIFY(!m_audio->engines[0]->tap);
-        const QStringList calls = m_audio->journal->calls();
-        QCOMPARE(calls.count(QStringLiteral("engine.destroy")), 1);
-        QCOMPARE(calls.count(QStringLiteral("file.finish")), 1);
-        QCOMPARE(calls.count(QStringLiteral("stream.destroy")), 1);
-    }
-
     void aFullDiskDoesNotEndTheRecording()
     {
         await(m_service->startRecording(someURL));
@@ -646,28 +426,6 @@ private Q_SLOTS:
         QCOMPARE(setUp.errorDescription(), QStringLiteral("Audio setup failed."));
         QCOMPARE(permission.errorDescription(), QStringLiteral("Microphone permission missing."));
     }
-
-private:
-    void deliver(std::size_t engine, const std::vector<float> &samples)
-    {
-        PcmBuffer buffer = FakeAudio::block(samples);
-        m_audio->engines.at(engine)->tap(buffer);
-    }
-    static void deliverTo(SystemAudioOutput &output, const std::vector<float> &samples)
-    {
-        output.didOutputSampleBuffer({.data = samples.data(),
-                                      .byteLength = samples.size() * sizeof(float),
-                                      .format = AudioFormat{48'000, 1}},
-                                     StreamOutputType::audio);
-    }
-    void deliverSystemAudio(std::size_t stream, const std::vector<float> &samples)
-    {
-        deliverTo(*m_audio->streams.at(stream)->output, samples);
-    }
-
-    std::optional<FakeAudio> m_audio;
-    std::optional<test::LogCapture> m_log;
-    std::unique_ptr<AudioCaptureService> m_service;
 };
 
 QTEST_GUILESS_MAIN(AudioCaptureServiceTest)
