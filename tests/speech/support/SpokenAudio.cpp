@@ -106,7 +106,8 @@ void writeWave(const QString &path, const Samples &samples)
     put(40, dataSize);
     file.write(header);
     QByteArray bytes(qsizetype(dataSize), '\0');
-    qToLittleEndian<std::int16_t>(samples.data(), qsizetype(samples.size()), bytes.data());
+    if (!samples.empty()) // an empty one has no address, which must not be handed on
+        qToLittleEndian<std::int16_t>(samples.data(), qsizetype(samples.size()), bytes.data());
     if (file.write(bytes) != bytes.size())
         qFatal("%s cannot be written", qUtf8Printable(path));
 }
