@@ -268,7 +268,8 @@ private Q_SLOTS:
         test::RecognitionLog log;
         recognize("falling starts", log, m_audio);
         QList<double> starts;
-        for (const SpeechSegment &word : log.final()->segments)
+        const QList<SpeechSegment> segments = log.final()->segments;
+        for (const SpeechSegment &word : segments)
             starts.append(word.timestamp);
         QCOMPARE(starts, QList<double>({1, 1, 2, 2}));
     }
