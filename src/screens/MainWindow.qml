@@ -16,7 +16,12 @@ T.ApplicationWindow {
     visible: true
     title: L10n.appName
     color: Theme.windowBackground
+    // Controls would otherwise take the face that Qt Quick has for them.
+    font.family: usual.font.family
 
+    FontMetrics {
+        id: usual
+    }
     ContentView {
         anchors.fill: parent
         focus: true

@@ -17,12 +17,12 @@ ContextMenu {
             removeItem(itemAt(0));
         // Made in their order, since that is the order in which they are read out; and only those that apply, since a
         // hidden entry would still take the arrow keys.
-        addItem(exportEntry.createObject(menu) as MenuEntry);
+        addItem(exportEntry.createObject(menu.contentItem) as MenuEntry);
         if (recordings.canTranscribe(index))
-            addItem(transcribeEntry.createObject(menu) as MenuEntry);
+            addItem(transcribeEntry.createObject(menu.contentItem) as MenuEntry);
         if (recordings.canSummarize(index))
-            addItem(summarizeEntry.createObject(menu) as MenuEntry);
-        addItem(deleteEntry.createObject(menu) as MenuEntry);
+            addItem(summarizeEntry.createObject(menu.contentItem) as MenuEntry);
+        addItem(deleteEntry.createObject(menu.contentItem) as MenuEntry);
         popup(row, x, y);
     }
 

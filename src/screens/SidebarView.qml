@@ -11,7 +11,14 @@ Rectangle {
     required property RecordState record
     required property RecordingListModel recordings
 
+    readonly property int selectedRow: recordings.selectedRow
+
     color: Theme.sidebar
+    onSelectedRowChanged: if (selectedRow >= 0) {
+        list.currentIndex = selectedRow;
+        // A new recording comes in above what is visible.
+        list.positionViewAtIndex(selectedRow, ListView.Contain);
+    }
 
     Column {
         id: top
@@ -110,18 +117,6 @@ Rectangle {
             onChosen: sidebar.recordings.select(index)
             onMenuRequested: (x, y) => menu.openFor(this, index, x, y)
         }
-    }
-    Connections {
-        // A new recording comes in above what is visible.
-        function onSelectedRowChanged() {
-            const row = sidebar.recordings.selectedRow;
-            if (row < 0)
-                return;
-            list.currentIndex = row;
-            list.positionViewAtIndex(row, ListView.Contain);
-        }
-
-        target: sidebar.recordings
     }
     RecordingMenu {
         id: menu

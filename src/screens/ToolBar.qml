@@ -11,7 +11,7 @@ Item {
 
     Row {
         anchors.right: parent.right
-        anchors.rightMargin: 16
+        anchors.rightMargin: 24
         anchors.verticalCenter: parent.verticalCenter
         spacing: 12
 

@@ -35,7 +35,7 @@ class Road(unittest.TestCase):
             window.find("push button", "Record").press()
             self.the_running_recording_is_on_the_disk(window)
             speak(MEETING)
-            self.leaving_the_session_shows_timer_and_level(window)
+            self.the_wide_button_shows_the_timer(window)
             window.find("push button", "Stop Recording").press()
             entry = self.transcript_and_summary_arrive()
             self.the_screen_shows_what_the_file_holds(window, entry)
@@ -62,8 +62,7 @@ class Road(unittest.TestCase):
         self.assertRegex(window.find("list item").description, "Recording$")
         window.find("label", "Recording")
 
-    def leaving_the_session_shows_timer_and_level(self, window):
-        """Deleting another entry or clearing the selection is the way to the record screen during a session."""
+    def the_wide_button_shows_the_timer(self, window):
         self.assertRegex(window.find("push button", "Stop Recording").find("label").name, r"^\d\d:\d\d$")
 
     def transcript_and_summary_arrive(self):
@@ -132,7 +131,12 @@ class Limits(unittest.TestCase):
             before = len(program.recordings())
             for number in range(1, 4):
                 window.find("push button", "Record").press()
-                window.find("push button", "Stop Recording").press()
+                window.find("push button", "Stop Recording")
+                if number == 2:
+                    self.the_record_screen_shows_the_running_session(window)
+                    window.find("push button", "Stop").press()
+                else:
+                    window.find("push button", "Stop Recording").press()
                 wait_for("the count at the service", lambda: self.count_at(service.url, email) == number)
                 window.find("push button", "New Recording").press()
             # A profile fetched after the third is certainly there once one has signed in anew.
@@ -145,10 +149,21 @@ class Limits(unittest.TestCase):
             window.wait_gone("dialog")
             # The screen and the list are as they were.
             window.find("push button", "Record")
-            self.assertEqual(len(program.recordings()), before + 3)
+            self.assertEqual(len(program.recordings()), before + 2)  # one of the three was deleted
             window.find("push button", "Sign Out").press()
             window.find("password text")
             self.assertEqual(application.close(), 0)
+
+    def the_record_screen_shows_the_running_session(self, window):
+        """It comes up during a session when the selected recording is deleted."""
+        window.find("list item", description=re.compile("Completed$|Failed$")).press()
+        window.find("list item", description=re.compile("Completed$|Failed$")).click(button=3)
+        window.find("menu item", "Delete").press()
+        window.find("label", "Recording in Progress")
+        window.find("label", "Microphone + System Audio")
+        level = window.find("progress bar", "Input Level")
+        self.assertTrue(level.has_state("showing"))
+        self.assertTrue(any(re.fullmatch(r"\d\d:\d\d", label.name) for label in window.find_all("label")))
 
     def count_at(self, url, email):
         """What the service itself says of the account."""
