@@ -15,6 +15,8 @@ constexpr int kFragmentsPerSecond = 50;
 constexpr std::uint8_t kChannels = 2;
 constexpr std::chrono::milliseconds kFirstBackOff{20};
 constexpr std::chrono::milliseconds kLongestBackOff{2000};
+constexpr std::chrono::milliseconds kMuteTimeout{2000};
+constexpr int kMutedAttempts = 3;
 
 /// A program's file name; one that was replaced by an update while it runs is still the same program.
 QByteArray programName(QByteArray name)
@@ -266,10 +268,28 @@ void SinkInputMonitors::forget(std::uint32_t index)
 void SinkInputMonitors::streamChanged(Monitor &monitor)
 {
     const auto state = pa_stream_get_state(monitor.stream.get());
-    if (state == PA_STREAM_READY)
+    if (state == PA_STREAM_READY) {
         monitor.backOff = {};
-    else if (!PA_STREAM_IS_GOOD(state))
+        checkLater(monitor);
+    } else if (!PA_STREAM_IS_GOOD(state)) {
         attachLater(monitor);
+    }
+}
+
+/// A stream that never says anything belongs to a program that pauses, or was set up wrongly by a server that
+/// is short of time: a few fresh attempts cost nothing and mend the latter.
+void SinkInputMonitors::checkLater(const Monitor &monitor)
+{
+    const std::uint32_t index = monitor.index;
+    const pa_stream *const stream = monitor.stream.get();
+    m_connection.after(kMuteTimeout, [this, index, stream] {
+        const auto checked = m_monitors.find(index);
+        if (checked == m_monitors.end() || checked->second.stream.get() != stream ||
+            checked->second.isHeard || checked->second.mutedAttempts >= kMutedAttempts)
+            return;
+        ++checked->second.mutedAttempts;
+        attachLater(checked->second);
+    });
 }
 
 /// The stream has ended: its input moves to another sink, or ends; the server knows which. We may be inside a
@@ -288,6 +308,7 @@ void SinkInputMonitors::attachLater(Monitor &monitor)
         waiting->second.stream.reset();
         waiting->second.context.reset();
         waiting->second.isOver = false;
+        waiting->second.isHeard = false;
         ask(index);
     });
 }
@@ -306,6 +327,8 @@ void SinkInputMonitors::readStream(Monitor &monitor)
             for (std::size_t frame = 0; frame < frames; ++frame)
                 m_mono[frame] = 0.5F * (samples[2 * frame] + samples[2 * frame + 1]);
         monitor.input->push(m_mono);
+        monitor.isHeard = true;
+        monitor.mutedAttempts = 0;
         pa_stream_drop(monitor.stream.get());
     }
 }

@@ -46,7 +46,9 @@ private:
         std::shared_ptr<PlayingInput> input;
         PulseContextPointer context;
         PulseStreamPointer stream;
-        bool isOver = false; ///< the stream has ended, and the input waits to be attached again
+        bool isHeard = false;  ///< samples have come over this stream
+        int mutedAttempts = 0; ///< streams in a row over which none came
+        bool isOver = false;   ///< the stream has ended, and the input waits to be attached again
         std::chrono::milliseconds backOff{0};
     };
 
@@ -76,6 +78,7 @@ private:
     void openStream(Monitor &monitor);
     void streamChanged(Monitor &monitor);
     void attachLater(Monitor &monitor);
+    void checkLater(const Monitor &monitor);
     void readStream(Monitor &monitor);
 
     PulseConnection &m_connection;
