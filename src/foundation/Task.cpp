@@ -3,6 +3,8 @@
 #include "foundation/LocalizedError.h"
 #include "foundation/ProgrammingError.h"
 
+#include <atomic>
+
 namespace talvenor {
 
 namespace {
@@ -29,6 +31,18 @@ QThreadPool &generalPool()
         return &instance;
     }();
     return *pool;
+}
+
+void startOnGeneralPool(std::function<void()> work)
+{
+    // Qt hands work over under a mutex that the thread sanitizer cannot see; this it does see.
+    static std::atomic<unsigned> handOver = 0;
+    std::function<void()> job = [work = std::move(work)] {
+        static_cast<void>(handOver.load(std::memory_order_acquire));
+        work();
+    };
+    handOver.fetch_add(1, std::memory_order_release);
+    generalPool().start(std::move(job));
 }
 
 void startTask(QObject *context, std::function<Task<>()> operation)

@@ -30,6 +30,9 @@ using Task = QCoro::Task<T>;
 /// hold up the opening of an audio file.
 [[nodiscard]] QThreadPool &generalPool();
 
+/// Runs `work` on the general pool, whose threads it must not fail on. Any thread.
+void startOnGeneralPool(std::function<void()> work);
+
 /// Starts a task on the thread of `context`, from that thread's event loop: it begins after the calling
 /// function has returned, never inside it. It is dropped if `context` is gone by then. Any thread.
 ///
@@ -137,16 +140,18 @@ private:
 /// Runs `work` on the general pool and waits for its result or its exception without blocking the calling
 /// thread, which needs an event loop.
 ///
-/// Name the lambda and move it in: `auto work = [...] {...}; co_await onGeneralPool(std::move(work));`. GCC before
-/// 13 destroys twice what a temporary lambda has captured, or a temporary aggregate holds, when it stands inside a
-/// `co_await` expression. tests/foundation/coroutine_temporaries_test.py looks for such places.
+/// Name the lambda and move it in: `auto work = [...] {...}; co_await onGeneralPool(std::move(work));`. GCC
+/// before 13 destroys twice what a temporary lambda has captured, or a temporary aggregate holds, when it
+/// stands inside a `co_await` expression. tests/foundation/coroutine_temporaries_test.py looks for such
+/// places.
 template<typename Work>
 Task<std::invoke_result_t<Work>> onGeneralPool(Work work)
 {
     using Result = std::invoke_result_t<Work>;
     OneShot<Result> answer;
     auto shared = std::make_shared<Work>(std::move(work));
-    generalPool().start([answer, shared]() mutable {
+    startOnGeneralPool([answer, shared]() mutable {
+        std::exception_ptr error;
         try {
             if constexpr (std::is_void_v<Result>) {
                 (*shared)();
@@ -158,9 +163,12 @@ Task<std::invoke_result_t<Work>> onGeneralPool(Work work)
                 answer.resume(std::move(result));
             }
         } catch (...) {
-            shared.reset();
-            answer.fail(std::current_exception());
+            error = std::current_exception();
         }
+        shared.reset();
+        // Out of the handler, so that this thread has let go of the exception when the waiter gets it.
+        if (error)
+            answer.fail(std::move(error));
     });
     shared.reset();
     co_return co_await answer;

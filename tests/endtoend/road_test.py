@@ -6,23 +6,14 @@ import unittest
 import urllib.request
 
 import program
+from voices import speak
 from window import key, wait_for
 
-NEAR, FAR = "room", "speaker"  # what the microphone hears, and what the computer plays
 MEETING = [
-    (NEAR, "slt", "Good morning. My name is Susan. The first question is the price of the new house."),
-    (FAR, "rms", "Good morning Susan. We have decided to take the house near the river."),
-    (NEAR, "slt", "Good. I will write to the owner of the house by Friday."),
+    ("near", "awb", "Good morning. My name is Susan. The first question is the price of the new house."),
+    ("far", "rms", "Good morning Susan. We have decided to take the house near the river."),
+    ("near", "awb", "Good. I will write to the owner of the house by Friday."),
 ]
-
-
-def speak(meeting):
-    folder = program.desktop() / "voices"
-    folder.mkdir(exist_ok=True)
-    for number, (sink, voice, text) in enumerate(meeting):
-        turn = folder / f"{number}.wav"
-        subprocess.run(["flite", "-voice", voice, "-t", text, "-o", turn], check=True)
-        subprocess.run(["paplay", f"--device={sink}", turn], check=True)
 
 
 class Road(unittest.TestCase):
@@ -34,7 +25,8 @@ class Road(unittest.TestCase):
             program.sign_in(window)
             window.find("push button", "Record").press()
             self.the_running_recording_is_on_the_disk(window)
-            speak(MEETING)
+            for side, voice, text in MEETING:
+                speak(side, voice, text)
             self.the_wide_button_shows_the_timer(window)
             window.find("push button", "Stop Recording").press()
             entry = self.transcript_and_summary_arrive()

@@ -18,6 +18,8 @@ constexpr milliseconds kEarliest{150};
 constexpr milliseconds kLongestStall{2000};
 /// A deviation that no clock brings about: a hole, or a burst.
 constexpr milliseconds kJump{500};
+/// So much missing is a hole, also in the least of a window: silence at once, where stretching would take minutes.
+constexpr milliseconds kHole{100};
 /// For so long after a gap a burst of old sound may come.
 constexpr milliseconds kSettling{1000};
 constexpr milliseconds kWindow{4000};
@@ -55,7 +57,7 @@ ClockPacer::Adjustment ClockPacer::blockArrived(std::int64_t frames, PaceClock::
         startWindow(now);
     } else {
         adjustment.stretch = observe(lateness, now);
-        if (adjustment.stretch > framesOf(kJump)) {
+        if (adjustment.stretch > framesOf(kHole)) {
             adjustment.silenceBefore = adjustment.stretch;
             adjustment.stretch = 0;
             startWindow(now);
@@ -98,7 +100,7 @@ std::int64_t ClockPacer::observe(std::int64_t lateness, PaceClock::time_point no
     if (now - m_windowStart >= kWindow) {
         const std::int64_t least = *m_leastLateness;
         startWindow(now);
-        if (least > framesOf(kJump)) {
+        if (least > framesOf(kHole)) {
             m_direction = 0;
             return least;
         }
