@@ -8,6 +8,7 @@ import unittest
 
 HERE = pathlib.Path(__file__).resolve().parent
 sys.path.insert(0, str(HERE.parent.parent / "scripts"))
+sys.path.insert(0, str(HERE.parent / "support"))
 import service_process  # noqa: E402
 from window import Application, wait_for  # noqa: E402
 
