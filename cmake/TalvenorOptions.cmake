@@ -18,7 +18,7 @@ find_program(TALVENOR_CCACHE ccache)
 if(TALVENOR_CCACHE)
     # Precompiled headers and ccache get along only with these two liberties.
     set(CMAKE_CXX_COMPILER_LAUNCHER
-        "${CMAKE_COMMAND};-E;env;CCACHE_SLOPPINESS=pch_defines,time_macros,include_file_mtime,include_file_ctime;CCACHE_BASEDIR=${CMAKE_SOURCE_DIR};${TALVENOR_CCACHE}")
+        "${CMAKE_COMMAND};-E;env;CCACHE_SLOPPINESS=pch_defines,time_macros,include_file_mtime,include_file_ctime;CCACHE_BASEDIR=${CMAKE_SOURCE_DIR};CCACHE_NOHASHDIR=1;${TALVENOR_CCACHE}")
 endif()
 
 add_library(talvenor_options INTERFACE)
