@@ -55,7 +55,7 @@ PocketSphinxRecognizer::PocketSphinxRecognizer(std::shared_ptr<RecognitionRuns> 
 
 bool PocketSphinxRecognizer::isAvailable() const
 {
-    return QFileInfo(m_workerProgram).isExecutable() && !missingFile(m_model);
+    return QFileInfo(m_workerProgram).isExecutable() && !incompleteFile(m_model);
 }
 
 SpeechTaskState PocketSphinxRecognizer::recognitionTask(const SpeechRequest &request, ResultHandler handler)

@@ -40,6 +40,36 @@ bool isNotEmptyFile(const QString &path)
     return information.isFile() && information.size() > 0;
 }
 
+// True for a binary model definition that is shorter than its own head says.
+bool isCutShort(const QString &modelDefinition)
+{
+    constexpr qint64 kFixedHead = 12; // magic number, version, length of a description that follows
+    constexpr qint64 kCounts = 40;
+    QFile file(modelDefinition);
+    if (!file.open(QIODevice::ReadOnly))
+        return true;
+    const QByteArray head = file.read(kFixedHead);
+    if (!head.startsWith("BMDF"))
+        return false; // the form in text is checked by the library
+    if (head.size() < kFixedHead)
+        return true;
+    const auto descriptionLength = qFromLittleEndian<qint32>(head.constData() + 8);
+    if (descriptionLength < 0 || !file.seek(kFixedHead + descriptionLength))
+        return true;
+    const QByteArray numbers = file.read(kCounts);
+    if (numbers.size() < kCounts)
+        return true;
+    const auto count = [&numbers](int index) {
+        return std::max<qint64>(0, qFromLittleEndian<qint32>(numbers.constData() + 4 * index));
+    };
+    const qint64 phones = count(1);
+    const qint64 states = count(2);
+    const qint64 sequences = count(6);
+    const qint64 treeNodes = count(8);
+    return file.size() <
+           kFixedHead + descriptionLength + kCounts + 8 * treeNodes + 12 * phones + 2 * sequences * states;
+}
+
 } // namespace
 
 QStringList speechModelFolders()
@@ -72,7 +102,7 @@ ModelSearch<WhisperModel> findWhisperModel(const QStringList &folders, bool need
     return search;
 }
 
-std::optional<QString> missingFile(const PocketSphinxModel &model)
+std::optional<QString> incompleteFile(const PocketSphinxModel &model)
 {
     const std::array<QString, 8> files{
         model.acousticModel + QStringLiteral("/mdef"),
@@ -88,6 +118,8 @@ std::optional<QString> missingFile(const PocketSphinxModel &model)
         if (!isNotEmptyFile(file))
             return file;
     }
+    if (isCutShort(files[0]))
+        return files[0];
     return std::nullopt;
 }
 
@@ -100,8 +132,8 @@ ModelSearch<PocketSphinxModel> findPocketSphinxModel(const QStringList &folders)
             continue;
         const PocketSphinxModel model{root + QStringLiteral("/en-us"), root + QStringLiteral("/en-us.lm.bin"),
                                       root + QStringLiteral("/cmudict-en-us.dict")};
-        if (const auto missing = missingFile(model)) {
-            search.problems.append(*missing + QStringLiteral(" is missing or empty"));
+        if (const auto incomplete = incompleteFile(model)) {
+            search.problems.append(*incomplete + QStringLiteral(" is missing, empty or cut short"));
         } else {
             search.model = model;
             return search;

@@ -42,7 +42,10 @@ struct ModelSearch
 /// acoustic model, `en-us/en-us.lm.bin` and `en-us/cmudict-en-us.dict`.
 [[nodiscard]] ModelSearch<PocketSphinxModel> findPocketSphinxModel(const QStringList &folders);
 
-/// The first file of `model` that is missing or empty; absent if it is complete.
-[[nodiscard]] std::optional<QString> missingFile(const PocketSphinxModel &model);
+/// The first file of `model` that is missing, empty or, as far as that can be told, cut short; absent if it
+/// is complete. Of the binary `mdef`, which the library reads beyond its end, the counts in the head tell the
+/// least size: 8 bytes for each node of the tree, 12 for each phone and 2 for each state of a senone
+/// sequence.
+[[nodiscard]] std::optional<QString> incompleteFile(const PocketSphinxModel &model);
 
 } // namespace talvenor
