@@ -6,6 +6,7 @@
 
 #include "platform/Platform.h"
 #include "platform/linux/audio/LinuxAudio.h"
+#include "platform/linux/media/FastStartRewriter.h"
 #include "platform/linux/media/LinuxMedia.h"
 #include "support/Await.h"
 #include "support/TonePlayback.h"
@@ -134,7 +135,7 @@ int measure(int seconds)
         std::fprintf(stderr, "CaptureCost: no microphone\n");
         return 1;
     }
-    const std::shared_ptr<AudioFile> file = platform.createAudioFile(
+    std::shared_ptr<AudioFile> file = platform.createAudioFile(
         folder.filePath(QStringLiteral("own.m4a")), {.sampleRate = format.sampleRate});
     const auto handover = std::make_shared<Handover>();
     engine->installTap(4096, {format.sampleRate, 1}, [file, handover](PcmBuffer &buffer) {
@@ -160,7 +161,7 @@ int measure(int seconds)
     engine->removeTap();
     engine->stop();
     file.reset();
-    generalPool().waitForDone(); // the file is finished there, before its folder goes
+    waitForFastStartRewrites(); // before its folder goes
     std::printf("recording, both sides, this process: %.2f%% of a core\n", own * 100);
     std::printf("parec | ffmpeg, microphone only:      %.2f%% of a core\n", other * 100);
     std::printf("ratio: %.2f\n", other > 0 ? own / other : 0.0);
