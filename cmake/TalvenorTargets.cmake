@@ -57,6 +57,6 @@ function(talvenor_register_test test_name target)
     set_tests_properties(${test_name} PROPERTIES TIMEOUT ${ARG_TIMEOUT})
     if(TALVENOR_SANITIZER)
         set_tests_properties(${test_name} PROPERTIES ENVIRONMENT
-            "LSAN_OPTIONS=suppressions=${CMAKE_SOURCE_DIR}/tests/support/sanitizers/lsan.supp;TSAN_OPTIONS=suppressions=${CMAKE_SOURCE_DIR}/tests/support/sanitizers/tsan.supp second_deadlock_stack=1;UBSAN_OPTIONS=print_stacktrace=1")
+            "LSAN_OPTIONS=suppressions=${CMAKE_SOURCE_DIR}/tests/support/sanitizers/lsan.supp;TSAN_OPTIONS=suppressions=${CMAKE_SOURCE_DIR}/tests/support/sanitizers/tsan.supp second_deadlock_stack=1 ignore_noninstrumented_modules=1;UBSAN_OPTIONS=print_stacktrace=1")
     endif()
 endfunction()
