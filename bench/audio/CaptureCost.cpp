@@ -135,8 +135,8 @@ int measure(int seconds)
         std::fprintf(stderr, "CaptureCost: no microphone\n");
         return 1;
     }
-    std::shared_ptr<AudioFile> file = platform.createAudioFile(
-        folder.filePath(QStringLiteral("own.m4a")), {.sampleRate = format.sampleRate});
+    std::shared_ptr<AudioFile> file = platform.createAudioFile(folder.filePath(QStringLiteral("own.m4a")),
+                                                               {.sampleRate = format.sampleRate});
     const auto handover = std::make_shared<Handover>();
     engine->installTap(4096, {format.sampleRate, 1}, [file, handover](PcmBuffer &buffer) {
         handover->addTo(buffer);

@@ -13,9 +13,9 @@ bool isBlank(QChar character)
 
 bool isBlankOrBreak(QChar character)
 {
-    return isBlank(character) || character == u'\n' || character == u'\r' || character == u'\v'
-           || character == u'\f' || character == QChar(0x85) || character == QChar::LineSeparator
-           || character == QChar::ParagraphSeparator;
+    return isBlank(character) || character == u'\n' || character == u'\r' || character == u'\v' ||
+           character == u'\f' || character == QChar(0x85) || character == QChar::LineSeparator ||
+           character == QChar::ParagraphSeparator;
 }
 
 QStringView trimmed(QStringView text, bool (*leftOut)(QChar))

@@ -14,8 +14,8 @@ struct ParsedSummary
 
 /// Takes the lines that begin with "PARTICIPANTS:", in whatever case, out of a summary.
 ///
-/// The service closes a summary with such a line; it is found anywhere. Of several the last one decides, an empty
-/// one included. What is left has no white space at its two ends and is otherwise untouched.
+/// The service closes a summary with such a line; it is found anywhere. Of several the last one decides, an
+/// empty one included. What is left has no white space at its two ends and is otherwise untouched.
 [[nodiscard]] ParsedSummary parseParticipants(const QString &summary);
 
 } // namespace talvenor

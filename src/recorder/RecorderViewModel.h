@@ -21,14 +21,15 @@ class AppSettings;
 class AuthService;
 class StorageService;
 
-/// The hub of the program: the list of recordings, the selection, the running session and the work that follows it.
+/// The hub of the program: the list of recordings, the selection, the running session and the work that
+/// follows it.
 ///
-/// Made once, by the root view, and alive as long as the window. Everything here belongs to the main thread, and
-/// every task that it starts runs there and gives way at its waits. Entries are found by `id` at each operation;
-/// where a position is remembered across a wait, the place says so.
+/// Made once, by the root view, and alive as long as the window. Everything here belongs to the main thread,
+/// and every task that it starts runs there and gives way at its waits. Entries are found by `id` at each
+/// operation; where a position is remembered across a wait, the place says so.
 ///
-/// `selectedRecording` is a copy and no reference into the list: the operations copy the entry again at the points
-/// that their descriptions name, and until then the copy may be older than the list.
+/// `selectedRecording` is a copy and no reference into the list: the operations copy the entry again at the
+/// points that their descriptions name, and until then the copy may be older than the list.
 class RecorderViewModel : public QObject
 {
     Q_OBJECT
@@ -86,25 +87,25 @@ public:
     void loadRecordings();
     /// The record button: stops a running session, else starts one.
     Q_INVOKABLE void toggleRecording();
-    /// Creates, selects and saves an entry, then starts capture as a task. Only the plan may refuse; a failure of
-    /// capture takes the entry out again and shows the alert.
+    /// Creates, selects and saves an entry, then starts capture as a task. Only the plan may refuse; a
+    /// failure of capture takes the entry out again and shows the alert.
     void startRecording();
-    /// Ends capture and writes the entry as completed; logs the usage and starts the transcription if the settings
-    /// say so. Returns at once.
+    /// Ends capture and writes the entry as completed; logs the usage and starts the transcription if the
+    /// settings say so. Returns at once.
     void stopRecording();
 
     // Transcription and summary: RecorderViewModelProcessing.cpp
 
-    /// Transcribes the recording and, if settings and plan allow, goes on to its summary. `recording` is a copy, of
-    /// which the id and the file name are used. The entry's position is kept across the waits. Never fails: failures
-    /// become status and alert.
+    /// Transcribes the recording and, if settings and plan allow, goes on to its summary. `recording` is a
+    /// copy, of which the id and the file name are used. The entry's position is kept across the waits. Never
+    /// fails: failures become status and alert.
     Task<> transcribeRecording(Recording recording);
-    /// Has the recording summarised and merges the participants found. The transcript is that of the argument, which
-    /// may be older than the list. As above otherwise.
+    /// Has the recording summarised and merges the participants found. The transcript is that of the
+    /// argument, which may be older than the list. As above otherwise.
     Task<> summarizeRecording(Recording recording);
 
-    // Edits and export: RecorderViewModelEdits.cpp. `recording` is the copy that a screen holds; where no entry has
-    // its id any more, nothing happens.
+    // Edits and export: RecorderViewModelEdits.cpp. `recording` is the copy that a screen holds; where no
+    // entry has its id any more, nothing happens.
 
     /// Removes the recording with its audio file, without asking.
     void deleteRecording(const Recording &recording);
@@ -170,7 +171,8 @@ private:
     APIService &m_api;
 
     std::unique_ptr<QTimer> m_timer;
-    std::optional<QUuid> m_currentRecordingId; ///< the entry of the running session, or of a start that has failed
+    std::optional<QUuid>
+        m_currentRecordingId; ///< the entry of the running session, or of a start that has failed
 };
 
 } // namespace talvenor

@@ -1,5 +1,5 @@
-// What the user changes in a stored recording. Each operation finds the entry by its id, changes it there, saves
-// the whole list and copies the entry again if it is the selected one.
+// What the user changes in a stored recording. Each operation finds the entry by its id, changes it there,
+// saves the whole list and copies the entry again if it is the selected one.
 
 #include "recorder/RecorderViewModel.h"
 
@@ -89,8 +89,9 @@ void RecorderViewModel::updateParticipant(const Recording &recording, const QUui
     if (!index)
         return;
     QList<Participant> &participants = m_recordings[*index].participants;
-    const auto participant = std::find_if(participants.begin(), participants.end(),
-                                          [&participantId](const Participant &p) { return p.id == participantId; });
+    const auto participant =
+        std::find_if(participants.begin(), participants.end(),
+                     [&participantId](const Participant &p) { return p.id == participantId; });
     if (participant == participants.end())
         return;
     participant->name = name;

@@ -19,8 +19,8 @@ Task<> RecorderViewModel::transcribeRecording(Recording recording)
     const std::optional<qsizetype> found = indexOf(recording.id);
     if (!found)
         co_return;
-    // Kept across all waits and deliberately not looked up again: whatever has moved to this position gets the
-    // result.
+    // Kept across all waits and deliberately not looked up again: whatever has moved to this position gets
+    // the result.
     const qsizetype index = *found;
     setIsProcessing(true);
     setProcessingStatus(L10n::processingTranscription());

@@ -18,8 +18,9 @@ namespace talvenor {
 RecorderViewModel::RecorderViewModel(QObject *parent)
     : QObject(parent), m_audioCaptureService(std::make_unique<AudioCaptureService>()),
       m_transcriptionService(std::make_unique<TranscriptionService>()),
-      m_summarizationService(std::make_unique<SummarizationService>()), m_storageService(StorageService::shared()),
-      m_settings(AppSettings::shared()), m_auth(AuthService::shared()), m_api(APIService::shared())
+      m_summarizationService(std::make_unique<SummarizationService>()),
+      m_storageService(StorageService::shared()), m_settings(AppSettings::shared()),
+      m_auth(AuthService::shared()), m_api(APIService::shared())
 {
     loadRecordings();
     setupBindings();
@@ -53,7 +54,8 @@ void RecorderViewModel::setupBindings()
 void RecorderViewModel::loadRecordings()
 {
     QList<Recording> loaded = m_storageService.loadRecordings();
-    std::sort(loaded.begin(), loaded.end(), [](const Recording &a, const Recording &b) { return a.date > b.date; });
+    std::sort(loaded.begin(), loaded.end(),
+              [](const Recording &a, const Recording &b) { return a.date > b.date; });
     m_recordings = std::move(loaded);
     Q_EMIT recordingsChanged();
 }

@@ -12,21 +12,24 @@ class ParticipantsLineTest : public QObject
 private Q_SLOTS:
     void theLastLineNamesTheParticipantsAndIsTakenOut()
     {
-        const ParsedSummary parsed = parseParticipants(QStringLiteral("## Summary\nAll fine.\n\nPARTICIPANTS: Anna, Ben"));
+        const ParsedSummary parsed =
+            parseParticipants(QStringLiteral("## Summary\nAll fine.\n\nPARTICIPANTS: Anna, Ben"));
         QCOMPARE(parsed.cleaned, QStringLiteral("## Summary\nAll fine."));
         QCOMPARE(parsed.names, QStringList({QStringLiteral("Anna"), QStringLiteral("Ben")}));
     }
 
     void withoutTheLineNothingChanges()
     {
-        const ParsedSummary parsed = parseParticipants(QStringLiteral("## Participants\n- Anna\n  indented  \nend"));
+        const ParsedSummary parsed =
+            parseParticipants(QStringLiteral("## Participants\n- Anna\n  indented  \nend"));
         QCOMPARE(parsed.cleaned, QStringLiteral("## Participants\n- Anna\n  indented  \nend"));
         QVERIFY(parsed.names.isEmpty());
     }
 
     void theMarkerIsFoundInAnyCaseAndBehindBlanks()
     {
-        const ParsedSummary parsed = parseParticipants(QStringLiteral("a\n \t\u00a0participants:Jürgen MÜLLER\nb"));
+        const ParsedSummary parsed =
+            parseParticipants(QStringLiteral("a\n \t\u00a0participants:Jürgen MÜLLER\nb"));
         QCOMPARE(parsed.cleaned, QStringLiteral("a\nb"));
         QCOMPARE(parsed.names, QStringList({QStringLiteral("Jürgen MÜLLER")}));
     }
@@ -48,7 +51,8 @@ private Q_SLOTS:
 
     void blanksAndCommasAloneAreNoNamesAndReplaceEarlierOnes()
     {
-        const ParsedSummary parsed = parseParticipants(QStringLiteral("PARTICIPANTS: Anna\ntext\nPARTICIPANTS: , \t ,,"));
+        const ParsedSummary parsed =
+            parseParticipants(QStringLiteral("PARTICIPANTS: Anna\ntext\nPARTICIPANTS: , \t ,,"));
         QCOMPARE(parsed.cleaned, QStringLiteral("text"));
         QVERIFY(parsed.names.isEmpty());
     }
@@ -63,13 +67,15 @@ private Q_SLOTS:
 
     void otherLinesAreKeptUntrimmedButTheEndsOfTheWholeAreClean()
     {
-        const ParsedSummary parsed = parseParticipants(QStringLiteral("\r\n \t\u2003 a  \n  b  \nPARTICIPANTS:\n\u2028\n "));
+        const ParsedSummary parsed =
+            parseParticipants(QStringLiteral("\r\n \t\u2003 a  \n  b  \nPARTICIPANTS:\n\u2028\n "));
         QCOMPARE(parsed.cleaned, QStringLiteral("a  \n  b"));
     }
 
     void namesAreTrimmedOfBlanksOfEveryKind()
     {
-        const ParsedSummary parsed = parseParticipants(QStringLiteral("PARTICIPANTS:\u3000Anna Maria\u00a0,\tBen\t"));
+        const ParsedSummary parsed =
+            parseParticipants(QStringLiteral("PARTICIPANTS:\u3000Anna Maria\u00a0,\tBen\t"));
         QCOMPARE(parsed.names, QStringList({QStringLiteral("Anna Maria"), QStringLiteral("Ben")}));
     }
 

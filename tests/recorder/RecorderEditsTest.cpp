@@ -19,7 +19,8 @@ Recording entryNamed(const QString &title, int secondsAgo)
 {
     Recording recording;
     recording.title = title;
-    recording.date = QDateTime::fromString(QStringLiteral("2026-03-01T10:00:00Z"), Qt::ISODate).addSecs(-secondsAgo);
+    recording.date =
+        QDateTime::fromString(QStringLiteral("2026-03-01T10:00:00Z"), Qt::ISODate).addSecs(-secondsAgo);
     recording.audioFileName = title + QStringLiteral(".m4a");
     recording.status = RecordingStatus::completed;
     return recording;
@@ -173,7 +174,8 @@ private Q_SLOTS:
         RecorderViewModel &viewModel = fixture.start();
         AppSettings::shared().setAppLanguage(AppLanguage::german);
         viewModel.exportRecording(entryNamed(QStringLiteral("a"), 0));
-        QCOMPARE(viewModel.errorMessage(), std::optional(QStringLiteral("Export ist eine Premium-Funktion.")));
+        QCOMPARE(viewModel.errorMessage(),
+                 std::optional(QStringLiteral("Export ist eine Premium-Funktion.")));
         AppSettings::shared().setAppLanguage(AppLanguage::english);
         viewModel.exportRecording(entryNamed(QStringLiteral("a"), 0));
         QCOMPARE(viewModel.errorMessage(), std::optional(QStringLiteral("Export is a premium feature.")));

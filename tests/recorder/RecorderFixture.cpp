@@ -69,7 +69,9 @@ RecorderFixture::RecorderFixture()
         return std::make_unique<NoFile>(path);
     };
     platform.shareableContent = []() -> Task<ShareableContent> { co_return ShareableContent(); };
-    platform.createSpeechRecognizer = [this](const QString &locale) { return speech.createRecognizer(locale); };
+    platform.createSpeechRecognizer = [this](const QString &locale) {
+        return speech.createRecognizer(locale);
+    };
     platform.authorization = authorization;
     platform.secretStore = secrets;
     platform.httpTransport = service;
@@ -87,8 +89,8 @@ RecorderFixture::RecorderFixture()
 
 RecorderFixture::~RecorderFixture()
 {
-    // Tasks that a test has left waiting must find no view model when they go on, and what is at work on the pool
-    // still looks at the platform.
+    // Tasks that a test has left waiting must find no view model when they go on, and what is at work on the
+    // pool still looks at the platform.
     viewModel.reset();
     StorageService::shared().waitUntilSaved();
     do {

@@ -14,8 +14,8 @@
 
 namespace talvenor::test {
 
-/// A view model on a storage folder of its own, with a microphone, a recogniser and a service that do what a test
-/// says. One at a time; main thread.
+/// A view model on a storage folder of its own, with a microphone, a recogniser and a service that do what a
+/// test says. One at a time; main thread.
 class RecorderFixture
 {
 public:
@@ -45,9 +45,9 @@ public:
     std::shared_ptr<ScriptedAuthorization> authorization = std::make_shared<ScriptedAuthorization>();
     ScriptedSpeech speech;
     bool hasMicrophone = true;
-    std::function<void()> whenEngineIsMade;                 ///< called as capture begins
-    std::optional<OneShot<void>> microphoneGate;            ///< the microphone starts only when it is resumed
-    std::function<void(PcmBuffer &)> tap;                   ///< the tap of the newest engine
+    std::function<void()> whenEngineIsMade;      ///< called as capture begins
+    std::optional<OneShot<void>> microphoneGate; ///< the microphone starts only when it is resumed
+    std::function<void(PcmBuffer &)> tap;        ///< the tap of the newest engine
     QTemporaryDir folder;
     std::unique_ptr<RecorderViewModel> viewModel;
 };

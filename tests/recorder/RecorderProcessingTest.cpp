@@ -21,7 +21,8 @@ Recording finishedEntry(const QString &title, int secondsAgo = 0)
 {
     Recording recording;
     recording.title = title;
-    recording.date = QDateTime::fromString(QStringLiteral("2026-03-01T10:00:00Z"), Qt::ISODate).addSecs(-secondsAgo);
+    recording.date =
+        QDateTime::fromString(QStringLiteral("2026-03-01T10:00:00Z"), Qt::ISODate).addSecs(-secondsAgo);
     recording.audioFileName = title + QStringLiteral(".m4a");
     recording.status = RecordingStatus::completed;
     return recording;
@@ -37,8 +38,9 @@ Recording transcribedEntry(const QString &title)
 /// Starts the operation as the screens do, as a task of its own.
 void transcribe(RecorderFixture &fixture, const Recording &recording)
 {
-    startTask(fixture.viewModel.get(),
-              [viewModel = fixture.viewModel.get(), recording] { return viewModel->transcribeRecording(recording); });
+    startTask(fixture.viewModel.get(), [viewModel = fixture.viewModel.get(), recording] {
+        return viewModel->transcribeRecording(recording);
+    });
 }
 
 QString statusOnDisk(RecorderFixture &fixture, int index = 0)
@@ -60,8 +62,9 @@ private Q_SLOTS:
         fixture.signIn();
         AppSettings::shared().setAutoSummarize(true);
         fixture.writeList({finishedEntry(QStringLiteral("a"))});
-        fixture.service->answer(summarizeRoute, 200,
-                                {{QStringLiteral("summary"), QStringLiteral("## Summary\nFine.\nPARTICIPANTS: Anna")}});
+        fixture.service->answer(
+            summarizeRoute, 200,
+            {{QStringLiteral("summary"), QStringLiteral("## Summary\nFine.\nPARTICIPANTS: Anna")}});
         fixture.service->hold(summarizeRoute);
         RecorderViewModel &viewModel = fixture.start();
         viewModel.setSelectedRecording(viewModel.recordings().first());
@@ -88,7 +91,8 @@ private Q_SLOTS:
         QCOMPARE(viewModel.selectedRecording()->transcriptSegments.size(), 1);
         QCOMPARE(viewModel.selectedRecording()->status, RecordingStatus::completed);
         const auto request = fixture.service->requests(summarizeRoute).first();
-        QCOMPARE(request.body[QStringLiteral("transcript")].toString(), QStringLiteral("[00:00] Hello there."));
+        QCOMPARE(request.body[QStringLiteral("transcript")].toString(),
+                 QStringLiteral("[00:00] Hello there."));
         QCOMPARE(request.body[QStringLiteral("language")].toString(), QStringLiteral("en"));
 
         fixture.service->release(summarizeRoute);
@@ -138,7 +142,8 @@ private Q_SLOTS:
         QTest::addColumn<AppLanguage>("language");
         QTest::addColumn<QString>("message");
         QTest::addColumn<QString>("statusText");
-        QTest::newRow("English") << AppLanguage::english << QStringLiteral("Speech recognition not authorized.")
+        QTest::newRow("English") << AppLanguage::english
+                                 << QStringLiteral("Speech recognition not authorized.")
                                  << QStringLiteral("Transcribing...");
         QTest::newRow("German") << AppLanguage::german << QStringLiteral("Spracherkennung nicht autorisiert.")
                                 << QStringLiteral("Transkribiere...");
@@ -174,7 +179,8 @@ private Q_SLOTS:
         QVERIFY(waitUntil([&] { return fixture.speech.started() == 1; }));
         fixture.speech.fail(0, 5, QStringLiteral("the engine broke"));
         QVERIFY(waitUntil([&] { return viewModel.showError(); }));
-        QCOMPARE(viewModel.errorMessage(), std::optional(QStringLiteral("Transcription failed: the engine broke")));
+        QCOMPARE(viewModel.errorMessage(),
+                 std::optional(QStringLiteral("Transcription failed: the engine broke")));
         QCOMPARE(statusOnDisk(fixture), QStringLiteral("failed"));
         QVERIFY(!viewModel.isProcessing());
         QCOMPARE(viewModel.processingStatus(), QString());
@@ -213,7 +219,8 @@ private Q_SLOTS:
     {
         QTest::addColumn<AppLanguage>("language");
         QTest::addColumn<QString>("message");
-        QTest::newRow("English") << AppLanguage::english << QStringLiteral("AI summary is a premium feature.");
+        QTest::newRow("English") << AppLanguage::english
+                                 << QStringLiteral("AI summary is a premium feature.");
         QTest::newRow("German") << AppLanguage::german
                                 << QStringLiteral("KI-Zusammenfassung ist eine Premium-Funktion.");
     }
@@ -263,7 +270,8 @@ private Q_SLOTS:
     {
         RecorderFixture fixture;
         fixture.signIn();
-        fixture.service->answer(summarizeRoute, 403, {{QStringLiteral("error"), QStringLiteral("Nicht in Ihrem Plan")}});
+        fixture.service->answer(summarizeRoute, 403,
+                                {{QStringLiteral("error"), QStringLiteral("Nicht in Ihrem Plan")}});
         Recording entry = transcribedEntry(QStringLiteral("a"));
         entry.summary = QStringLiteral("old summary");
         fixture.writeList({entry});
@@ -292,9 +300,9 @@ private Q_SLOTS:
     {
         RecorderFixture fixture;
         fixture.signIn();
-        fixture.service->answer(
-            summarizeRoute, 200,
-            {{QStringLiteral("summary"), QStringLiteral("Text\nPARTICIPANTS: Anna, Ben, BEN, Özgür, ÖZGÜR")}});
+        fixture.service->answer(summarizeRoute, 200,
+                                {{QStringLiteral("summary"),
+                                  QStringLiteral("Text\nPARTICIPANTS: Anna, Ben, BEN, Özgür, ÖZGÜR")}});
         Recording entry = transcribedEntry(QStringLiteral("a"));
         const Participant anna{QUuid::createUuid(), QStringLiteral("anna"), false};
         entry.participants = {anna};
@@ -314,7 +322,8 @@ private Q_SLOTS:
     {
         RecorderFixture fixture;
         fixture.signIn();
-        fixture.service->answer(summarizeRoute, 200, {{QStringLiteral("summary"), QStringLiteral("PARTICIPANTS: Anna")}});
+        fixture.service->answer(summarizeRoute, 200,
+                                {{QStringLiteral("summary"), QStringLiteral("PARTICIPANTS: Anna")}});
         fixture.writeList({transcribedEntry(QStringLiteral("a"))});
         RecorderViewModel &viewModel = fixture.start();
         test::await(viewModel.summarizeRecording(viewModel.recordings().first()));
@@ -332,8 +341,9 @@ private Q_SLOTS:
         Recording older = viewModel.recordings().first();
         older.transcriptSegments.first().text = QStringLiteral("even older words");
         test::await(viewModel.summarizeRecording(older));
-        QCOMPARE(fixture.service->requests(summarizeRoute).first().body[QStringLiteral("transcript")].toString(),
-                 QStringLiteral("[00:01] even older words"));
+        QCOMPARE(
+            fixture.service->requests(summarizeRoute).first().body[QStringLiteral("transcript")].toString(),
+            QStringLiteral("[00:01] even older words"));
     }
 
     void aRepeatedTranscriptionReplacesTheResult()
@@ -354,7 +364,8 @@ private Q_SLOTS:
         RecorderFixture fixture;
         fixture.signIn();
         AppSettings::shared().setAutoSummarize(true);
-        fixture.service->answer(summarizeRoute, 200, {{QStringLiteral("summary"), QStringLiteral("s\nPARTICIPANTS: Ben")}});
+        fixture.service->answer(summarizeRoute, 200,
+                                {{QStringLiteral("summary"), QStringLiteral("s\nPARTICIPANTS: Ben")}});
         fixture.service->hold(summarizeRoute);
         fixture.writeList({finishedEntry(QStringLiteral("a"))});
         RecorderViewModel &viewModel = fixture.start();
@@ -433,7 +444,8 @@ private Q_SLOTS:
         program.start(QCoreApplication::applicationDirPath() + QStringLiteral("/ShrunkenListProgram"), {});
         QVERIFY(program.waitForFinished(60'000));
         QCOMPARE(program.exitStatus(), QProcess::CrashExit);
-        QVERIFY(program.readAllStandardError().contains("a remembered position lies beyond the end of the list"));
+        QVERIFY(
+            program.readAllStandardError().contains("a remembered position lies beyond the end of the list"));
     }
 
     void aViewModelThatIsGoneLeavesItsTasksInPeace()

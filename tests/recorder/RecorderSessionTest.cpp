@@ -113,9 +113,10 @@ private Q_SLOTS:
                      .match(entry.title)
                      .hasMatch(),
                  qPrintable(entry.title));
-        QVERIFY(QRegularExpression(QStringLiteral("^meeting_\\d{4}-\\d\\d-\\d\\d_\\d\\d-\\d\\d-\\d\\d\\.m4a$"))
-                    .match(entry.audioFileName)
-                    .hasMatch());
+        QVERIFY(
+            QRegularExpression(QStringLiteral("^meeting_\\d{4}-\\d\\d-\\d\\d_\\d\\d-\\d\\d-\\d\\d\\.m4a$"))
+                .match(entry.audioFileName)
+                .hasMatch());
         QVERIFY(entry.transcriptSegments.isEmpty() && !entry.summary && entry.participants.isEmpty());
         QVERIFY(!viewModel.isRecording());
         QVERIFY(onDiskAtStart.isEmpty());
@@ -161,7 +162,8 @@ private Q_SLOTS:
         fixture.signIn();
         RecorderViewModel &viewModel = fixture.start();
         fixture.record();
-        QVERIFY(waitUntil([&] { return !fixture.service->requests(QStringLiteral("POST /auth/record")).isEmpty(); }));
+        QVERIFY(waitUntil(
+            [&] { return !fixture.service->requests(QStringLiteral("POST /auth/record")).isEmpty(); }));
         QCOMPARE(fixture.speech.started(), 0);
         QCOMPARE(viewModel.recordings().first().status, RecordingStatus::completed);
         QVERIFY(viewModel.recordings().first().transcriptSegments.isEmpty());
@@ -178,8 +180,8 @@ private Q_SLOTS:
         QCOMPARE(viewModel.recordings().first().status, RecordingStatus::completed);
         QVERIFY(waitUntil([&] { return fixture.speech.started() == 1; }));
         QCOMPARE(viewModel.recordings().first().status, RecordingStatus::transcribing);
-        QCOMPARE(fixture.speech.paths().first(), fixture.folder.path() + QStringLiteral("/Recordings/")
-                                                     + viewModel.recordings().first().audioFileName);
+        QCOMPARE(fixture.speech.paths().first(), fixture.folder.path() + QStringLiteral("/Recordings/") +
+                                                     viewModel.recordings().first().audioFileName);
         fixture.speech.finish(0, {QStringLiteral("Hello.")});
         QVERIFY(waitUntil([&] { return !viewModel.isProcessing(); }));
         QCOMPARE(viewModel.recordings().first().transcriptSegments.size(), 1);
@@ -190,7 +192,9 @@ private Q_SLOTS:
         RecorderFixture fixture;
         fixture.signIn();
         RecorderViewModel &viewModel = fixture.start();
-        const auto refreshes = [&] { return fixture.service->requests(QStringLiteral("GET /auth/me")).size(); };
+        const auto refreshes = [&] {
+            return fixture.service->requests(QStringLiteral("GET /auth/me")).size();
+        };
         const qsizetype before = refreshes();
         fixture.record();
         viewModel.renameRecording(viewModel.recordings().first(), QStringLiteral("Weekly"));
@@ -208,7 +212,9 @@ private Q_SLOTS:
         fixture.signIn();
         fixture.service->answer(QStringLiteral("POST /auth/record"), 500, {});
         RecorderViewModel &viewModel = fixture.start();
-        const auto refreshes = [&] { return fixture.service->requests(QStringLiteral("GET /auth/me")).size(); };
+        const auto refreshes = [&] {
+            return fixture.service->requests(QStringLiteral("GET /auth/me")).size();
+        };
         const qsizetype before = refreshes();
         fixture.record();
         QVERIFY(waitUntil([&] { return refreshes() == before + 1; }));
@@ -224,7 +230,9 @@ private Q_SLOTS:
         fixture.signIn(free);
         fixture.service->answer(QStringLiteral("POST /auth/record"), 0, {}); // the connection fails
         RecorderViewModel &viewModel = fixture.start();
-        const auto refreshes = [&] { return fixture.service->requests(QStringLiteral("GET /auth/me")).size(); };
+        const auto refreshes = [&] {
+            return fixture.service->requests(QStringLiteral("GET /auth/me")).size();
+        };
         const qsizetype before = refreshes();
         fixture.record();
         QVERIFY(waitUntil([&] { return refreshes() == before + 1; }));
@@ -347,7 +355,8 @@ private Q_SLOTS:
         QVERIFY(waitUntil([&] { return viewModel.audioLevels().contains(1.0F); }));
         viewModel.stopRecording();
         // Not reset here: the capture service publishes the silence.
-        QVERIFY(waitUntil([&] { return viewModel.audioLevel() == 0.0F && viewModel.audioLevels().isEmpty(); }));
+        QVERIFY(
+            waitUntil([&] { return viewModel.audioLevel() == 0.0F && viewModel.audioLevels().isEmpty(); }));
     }
 
     void aLogoutDuringASessionLetsItGoOn()

@@ -13,7 +13,8 @@ namespace talvenor::test {
 
 /// A hosted service that says what a test tells it to, and when. Main thread.
 ///
-/// The real transport and a real server are tested elsewhere; here the answers' contents and their moments count.
+/// The real transport and a real server are tested elsewhere; here the answers' contents and their moments
+/// count.
 class ScriptedService : public HttpTransport
 {
 public:

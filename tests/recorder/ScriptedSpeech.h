@@ -53,7 +53,10 @@ public:
         answer(microphone == AuthorizationStatus::authorized);
     }
     AuthorizationStatus speechStatus() override { return speech; }
-    void requestSpeechAuthorization(std::function<void(AuthorizationStatus)> answer) override { answer(speech); }
+    void requestSpeechAuthorization(std::function<void(AuthorizationStatus)> answer) override
+    {
+        answer(speech);
+    }
 };
 
 } // namespace talvenor::test

@@ -1,8 +1,8 @@
 #pragma once
 
-/// Every shared text as X(name, English, German), in the order in which the properties are declared. Two names
-/// bear an underscore because the plain word belongs to C++. Some texts have no reader at present and belong
-/// to the table all the same.
+/// Every shared text as X(name, English, German), in the order in which the properties are declared. Two
+/// names bear an underscore because the plain word belongs to C++. Some texts have no reader at present and
+/// belong to the table all the same.
 // clang-format off
 #define TALVENOR_L10N_TABLE(X) \
     X(appName, u"Talvenor", u"Talvenor") \

@@ -18,7 +18,8 @@ constexpr milliseconds kEarliest{150};
 constexpr milliseconds kLongestStall{2000};
 /// A deviation that no clock brings about: a hole, or a burst.
 constexpr milliseconds kJump{500};
-/// So much missing is a hole, also in the least of a window: silence at once, where stretching would take minutes.
+/// So much missing is a hole, also in the least of a window: silence at once, where stretching would take
+/// minutes.
 constexpr milliseconds kHole{100};
 /// For so long after a gap a burst of old sound may come.
 constexpr milliseconds kSettling{1000};

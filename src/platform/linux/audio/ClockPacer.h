@@ -54,7 +54,7 @@ private:
     double m_rate;
     PaceClock::time_point m_start;
     std::int64_t m_frames = 0;
-    bool m_aligned = false; ///< the device's first block has been set to its place
+    bool m_aligned = false;          ///< the device's first block has been set to its place
     PaceClock::time_point m_settled; ///< until then a burst of old sound is expected
     PaceClock::time_point m_lastBlock;
 
