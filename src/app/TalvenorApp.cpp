@@ -4,14 +4,19 @@
 #include "app/LinuxPlatform.h"
 #include "audio/PermissionService.h"
 #include "foundation/Task.h"
+#include "platform/Platform.h"
 #include "screens/Accessibility.h"
 #include "screens/ContentState.h"
 #include "screens/ScreensModule.h"
+#include "settings/L10n.h"
 #include "store/StorageService.h"
 
 #include <QApplication>
 #include <QFontDatabase>
+#include <QLockFile>
+#include <QMessageBox>
 #include <QQmlApplicationEngine>
+#include <QStandardPaths>
 
 #include <cstdio>
 #include <cstdlib>
@@ -61,6 +66,34 @@ int showWindow(QApplication &application)
     return QApplication::exec();
 }
 
+/// Tells a second start in the same session that it is one: two programs would overwrite each other's list.
+int tellOfFirstInstance()
+{
+    const QString text = L10n::isGerman() ? QStringLiteral("Talvenor läuft bereits.")
+                                          : QStringLiteral("Talvenor is already running.");
+    std::fprintf(stderr, "%s\n", qUtf8Printable(text));
+    QMessageBox::information(nullptr, L10n::appName(), text);
+    return 1;
+}
+
+int runApplication(QApplication &application)
+{
+    // The face that the screens are drawn for, where it is installed.
+    if (QFontDatabase::families().contains(QStringLiteral("Inter")))
+        QApplication::setFont(QFont(QStringLiteral("Inter")));
+    QLockFile session(QStandardPaths::writableLocation(QStandardPaths::RuntimeLocation) +
+                      QStringLiteral("/talvenor.lock"));
+    session.setStaleLockTime(0); // a session may last for days; the lock of a dead process is still noticed
+    if (!session.tryLock(0) && session.error() == QLockFile::LockFailedError)
+        return tellOfFirstInstance();
+    installLinuxPlatform();
+    const int code = showWindow(application);
+    StorageService::shared().waitUntilSaved();
+    // An open panel is a window and cannot outlive the application object.
+    Platform::shared().filePanels.reset();
+    return code;
+}
+
 } // namespace
 
 int TalvenorApp::run(int argc, char **argv)
@@ -68,15 +101,20 @@ int TalvenorApp::run(int argc, char **argv)
     QCoreApplication::setApplicationName(QStringLiteral("talvenor"));
     QGuiApplication::setApplicationDisplayName(QStringLiteral("Talvenor"));
     QGuiApplication::setDesktopFileName(QStringLiteral("app.talvenor.Talvenor"));
-    const QtMessageHandler usual = qInstallMessageHandler(explainMissingDisplay);
-    QApplication application(argc, argv);
-    qInstallMessageHandler(usual);
-    // The face that the screens are drawn for, where it is installed.
-    if (QFontDatabase::families().contains(QStringLiteral("Inter")))
-        QApplication::setFont(QFont(QStringLiteral("Inter")));
-    installLinuxPlatform();
-    const int code = showWindow(application);
+    int code = 0;
+    {
+        const QtMessageHandler usual = qInstallMessageHandler(explainMissingDisplay);
+        // The name alone: the program has no options, and Qt's own are none of its own.
+        int nameOnly = argc > 0 ? 1 : 0;
+        QApplication application(nameOnly, argv);
+        qInstallMessageHandler(usual);
+        code = runApplication(application);
+    }
+    // The end of the application object has told the pool to end. What is still at work there, and the
+    // recognitions, end before the settings and texts that they use.
+    generalPool().waitForDone();
     StorageService::shared().waitUntilSaved();
+    Platform::shared().createSpeechRecognizer = nullptr;
     return code;
 }
 

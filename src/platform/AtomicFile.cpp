@@ -101,8 +101,8 @@ private:
             code = errno;
             return false;
         }
-        // Somebody else's pipe, or a second name of a file that must keep its content.
-        if (!S_ISREG(opened.st_mode) || opened.st_nlink > 1) {
+        // Somebody else's pipe or file, or a second name of a file that must keep its content.
+        if (!S_ISREG(opened.st_mode) || opened.st_nlink > 1 || opened.st_uid != geteuid()) {
             code = EEXIST;
             return false;
         }

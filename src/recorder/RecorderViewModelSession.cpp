@@ -236,8 +236,11 @@ std::optional<qsizetype> RecorderViewModel::indexOf(const QUuid &id) const
 
 Recording &RecorderViewModel::entryAt(qsizetype index)
 {
-    if (index < 0 || index >= m_recordings.size())
+    if (index < 0 || index >= m_recordings.size()) {
+        // What was saved before must reach the disk before the process ends.
+        m_storageService.waitUntilSaved();
         programmingError(QStringLiteral("a remembered position lies beyond the end of the list"));
+    }
     return m_recordings[index];
 }
 

@@ -50,7 +50,11 @@ std::string_view text(const Place &place, std::string_view key, const dom::eleme
 QString string(const Place &place, std::string_view key, const dom::element &value)
 {
     const std::string_view utf8 = text(place, key, value);
-    return QString::fromUtf8(utf8.data(), qsizetype(utf8.size()));
+    QString decoded = QString::fromUtf8(utf8.data(), qsizetype(utf8.size()));
+    // Qt takes a first character U+FEFF for a mark of the encoding and drops it; here it belongs to the text.
+    if (utf8.starts_with("\xEF\xBB\xBF"))
+        decoded.prepend(QChar(0xFEFF));
+    return decoded;
 }
 
 std::optional<QString> optionalString(const Place &place, std::string_view key, const dom::element &value)

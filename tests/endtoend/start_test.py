@@ -49,13 +49,29 @@ class Start(unittest.TestCase):
                 self.assertIn("there is no display on which to open the window", result.stderr)
 
     def test_what_is_said_on_the_command_line_is_not_read(self):
-        result = subprocess.Popen([program.BIN / "talvenor", "--no-such-option"], stderr=subprocess.DEVNULL)
-        try:
-            with self.assertRaises(subprocess.TimeoutExpired):
-                result.wait(2)  # it is still running, for a person to use
-        finally:
-            result.terminate()
-            result.wait(20)
+        # Qt would take the second one for itself and fail for want of such a platform.
+        for words in (["--no-such-option"], ["-platform", "nosuch"]):
+            with self.subTest(words):
+                result = subprocess.Popen([program.BIN / "talvenor", *words], stderr=subprocess.DEVNULL)
+                try:
+                    with self.assertRaises(subprocess.TimeoutExpired):
+                        result.wait(2)  # it is still running, for a person to use
+                finally:
+                    result.terminate()
+                    result.wait(20)
+
+    def test_a_second_start_says_that_there_is_one_and_leaves_the_first_alone(self):
+        program.write_settings(appLanguage="en")
+        with program.make_application() as first:
+            window = first.window()
+            window.find("push button", "Sign In")
+            with program.make_application() as second:
+                message = second.window()
+                message.find(name="Talvenor is already running.")
+                message.find("push button", "OK").press()
+                self.assertEqual(second.process.wait(30), 1)
+            window.find("push button", "Sign In")
+            self.assertEqual(first.close(), 0)
 
 
 if __name__ == "__main__":

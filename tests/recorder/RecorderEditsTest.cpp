@@ -61,6 +61,16 @@ private Q_SLOTS:
         QVERIFY(selections.isEmpty());
     }
 
+    void aTitleThatBeginsWithAByteOrderMarkSurvivesTheFile()
+    {
+        RecorderFixture fixture;
+        fixture.writeList({entryNamed(QStringLiteral("a"), 0)});
+        RecorderViewModel &viewModel = fixture.start();
+        const QString title = QString(QChar(0xFEFF)) + QStringLiteral("plan");
+        viewModel.renameRecording(viewModel.recordings().first(), title);
+        QCOMPARE(StorageService::shared().loadRecordings().first().title, title);
+    }
+
     void anEntryThatIsGoneChangesAndSavesNothing()
     {
         RecorderFixture fixture;

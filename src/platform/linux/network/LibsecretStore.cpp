@@ -140,6 +140,11 @@ private:
                     client.store(name, *value);
             }
             guard.lock();
+            // What was removed while the question was open must not come back by its answer.
+            for (const auto &[name, value] : pending) {
+                if (value && !m_pending.contains(name))
+                    m_pending[name] = std::nullopt;
+            }
         }
         // Under the lock, so that no reader meets an item that is being replaced.
         for (auto entry = m_pending.begin(); entry != m_pending.end();) {

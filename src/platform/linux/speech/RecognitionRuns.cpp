@@ -108,8 +108,10 @@ RecognitionRuns::~RecognitionRuns()
 {
     for (const auto &entry : m_entries)
         entry->run.stop();
-    for (const auto &entry : m_entries)
-        entry->thread.join();
+    for (const auto &entry : m_entries) {
+        if (entry->thread.joinable()) // not if its thread could not be made
+            entry->thread.join();
+    }
 }
 
 void RecognitionRuns::start(SpeechRecognizer::ResultHandler handler, bool shouldReportPartialResults,
