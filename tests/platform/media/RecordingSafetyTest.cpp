@@ -1,6 +1,7 @@
 #include "RecordedFile.h"
 
 #include "platform/linux/media/ReplacementFile.h"
+#include "support/FailingReads.h"
 
 #include <csignal>
 #include <fcntl.h>
@@ -143,6 +144,88 @@ private Q_SLOTS:
         QVERIFY(log.texts(platformChannel).join(u'\n').contains(QStringLiteral("The end of ") + m_path));
         const double readable = double(decodedAudio(m_path).size()) / 48'000;
         QVERIFY2(readable > 2 && readable < 5, qPrintable(QString::number(readable)));
+    }
+
+    void aDiskWithALittleRoomAgainTakesWhatFits_data()
+    {
+        QTest::addColumn<bool>("atTheEnd");
+        QTest::newRow("while it is written") << false;
+        QTest::newRow("at the end") << true;
+    }
+
+    void aDiskWithALittleRoomAgainTakesWhatFits()
+    {
+        QFETCH(bool, atTheEnd);
+        const LogCapture log;
+        const FileSizeLimit limit;
+        auto file = createFile(m_path);
+        Tone tone(48'000, 1'000, -20);
+        limit.set(40'000);
+        for (int block = 0; block < 100; ++block) { // ten seconds
+            try {
+                file->write(tone.next(4'800));
+            } catch (const PlatformError &) {
+                // expected, and looked at above
+            }
+        }
+        const double before = double(decodedAudio(m_path).size()) / 48'000;
+        QVERIFY2(before > 2 && before < 5, qPrintable(QString::number(before)));
+        limit.set(80'000); // room for three seconds more, and not for all
+        if (!atTheEnd) {
+            QVERIFY_EXCEPTION_THROWN(file->write(tone.next(4'800)), PlatformError);
+            const double during = double(decodedAudio(m_path).size()) / 48'000;
+            QVERIFY2(during > before + 2 && during < 8, qPrintable(QString::number(during)));
+        }
+        file.reset();
+        waitForFastStartRewrites();
+        QVERIFY(log.texts(platformChannel).join(u'\n').contains(QStringLiteral("The end of ") + m_path));
+        const std::vector<float> samples = decodedAudio(m_path);
+        const double after = double(samples.size()) / 48'000;
+        QVERIFY2(after > before + 2 && after < 8, qPrintable(QString::number(after)));
+        QVERIFY(std::abs(toneLevelDbfs(middle(samples), 48'000, 1'000) + 20) < 0.5);
+    }
+
+    void aRecordingThatCannotBeReadToItsEndStaysAsItIs_data()
+    {
+        QTest::addColumn<double>("place");
+        QTest::newRow("early") << 0.3;
+        QTest::newRow("in the middle") << 0.55;
+        QTest::newRow("late") << 0.98;
+    }
+
+    void aRecordingThatCannotBeReadToItsEndStaysAsItIs()
+    {
+        QFETCH(double, place);
+        const LogCapture log;
+        auto file = createFile(m_path);
+        Tone(48'000, 1'000, -20).writeTo(*file, 48'000LL * 10);
+        {
+            const FailingReads failing(m_path, off_t(place * double(QFile(m_path).size())));
+            file.reset();
+            waitForFastStartRewrites();
+        }
+        QVERIFY(log.texts(platformChannel)
+                    .join(u'\n')
+                    .contains(m_path + QStringLiteral(" stays in fragments. ")));
+        QVERIFY(boxes(m_path).contains(QStringLiteral("moof")));
+        QVERIFY(std::abs(double(decodedAudio(m_path).size()) / 48'000 - 10) < 0.03);
+    }
+
+    void aRecordingThatBreaksOffIsNotRewritten()
+    {
+        const LogCapture log;
+        auto file = createFile(m_path);
+        Tone(48'000, 1'000, -20).writeTo(*file, 48'000LL * 5);
+        const QString broken = m_folder->filePath(QStringLiteral("broken.m4a"));
+        const QByteArray content = contentOf(m_path);
+        for (const qsizetype missing : {1, 100, 6'000}) {
+            putFile(broken, content.chopped(missing));
+            rewriteForFastStart(FileDescriptor(::open(QFile::encodeName(broken).constData(), O_RDONLY)),
+                                broken);
+            waitForFastStartRewrites();
+            QCOMPARE(contentOf(broken), content.chopped(missing));
+        }
+        QCOMPARE(log.texts(platformChannel).filter(QStringLiteral(" stays in fragments. ")).size(), 3);
     }
 
     void noRoomForTheRewritingLeavesTheFragments()

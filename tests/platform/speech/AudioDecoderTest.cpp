@@ -2,6 +2,7 @@
 
 #include "foundation/LocalizedError.h"
 #include "speech_support/SpokenAudio.h"
+#include "support/FailingReads.h"
 
 extern "C" {
 #include <libavutil/log.h>
@@ -202,6 +203,42 @@ private Q_SLOTS:
         bytes.replace(middle, 2000, QByteArray(2000, '\xff'));
         const double length = seconds(decode(writeBytes("damaged.m4a", bytes)).samples);
         QVERIFY2(length > 18, qPrintable(QString::number(length)));
+    }
+
+    void whatTheDiskDoesNotGiveIsNoEnd_data()
+    {
+        QTest::addColumn<QStringList>("options");
+        QTest::addColumn<QString>("name");
+        QTest::newRow("ordinary") << QStringList{QStringLiteral("-movflags"), QStringLiteral("faststart")}
+                                  << QStringLiteral("ordinary.m4a");
+        QTest::newRow("fragments") << QStringList{QStringLiteral("-movflags"),
+                                                  QStringLiteral("delay_moov+default_base_moof"),
+                                                  QStringLiteral("-frag_duration"), QStringLiteral("1000000")}
+                                   << QStringLiteral("fragments.m4a");
+        QTest::newRow("samples") << QStringList{QStringLiteral("-c:a"), QStringLiteral("pcm_s16le")}
+                                 << QStringLiteral("samples.wav");
+    }
+
+    void whatTheDiskDoesNotGiveIsNoEnd()
+    {
+        QFETCH(QStringList, options);
+        QFETCH(QString, name);
+        const QString file = m_folder.filePath(name);
+        test::writeM4a(file, test::tone(40, 440, -20), options);
+        const test::FailingReads failing(file, off_t(QFile(file).size() * 7 / 10));
+        AudioDecoder decoder(file);
+        test::Samples block;
+        std::size_t count = 0;
+        QString text;
+        try {
+            while (decoder.read(block))
+                count += block.size();
+        } catch (const PlatformError &error) {
+            text = error.errorDescription();
+        }
+        QCOMPARE(text, QStringLiteral("The audio file cannot be read to its end: Input/output error"));
+        const double length = double(count) / AudioDecoder::kSampleRate;
+        QVERIFY2(length > 25 && length < 29, qPrintable(QString::number(length)));
     }
 
     void whatIsNoAudioIsToldPlainly_data()

@@ -39,6 +39,11 @@ const QString &cannotBeOpened()
     return text;
 }
 
+QString cannotBeRead()
+{
+    return QStringLiteral("The audio file cannot be read to its end");
+}
+
 [[noreturn]] void throwNoAudio(int code)
 {
     throw PlatformError(QStringLiteral("libav"), code,
@@ -154,7 +159,10 @@ private:
     {
         for (;;) {
             if (av_read_frame(m_input.get(), m_packet.get()) < 0) {
-                // The end, or the place where the file breaks off.
+                // The end, or the place where the file breaks off; but what the disk does not give is not an
+                // end, though libav may call it one.
+                if (m_input->pb != nullptr)
+                    libavCheck(m_input->pb->error, cannotBeRead());
                 avcodec_send_packet(m_codec.get(), nullptr);
                 return;
             }

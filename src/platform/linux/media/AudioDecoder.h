@@ -27,7 +27,8 @@ public:
     AudioDecoder &operator=(const AudioDecoder &) = delete;
 
     /// Replaces `samples` by the next ones, at least one and at most some seconds' worth; false at the end
-    /// of the file. Throws PlatformError if the file ends without a single sample.
+    /// of the file. Throws PlatformError if the file ends without a single sample, or if the system fails to
+    /// read it further.
     [[nodiscard]] bool read(std::vector<std::int16_t> &samples);
 
 private:

@@ -11,7 +11,9 @@ extern "C" {
 
 #include <QThreadPool>
 
+#include <algorithm>
 #include <cerrno>
+#include <cstdint>
 #include <memory>
 #include <sys/stat.h>
 #include <unistd.h>
@@ -80,7 +82,18 @@ struct Output
     AVOutputPointer context;
 };
 
-void copyPackets(AVFormatContext &input, const Output &output)
+// Libav ends a file that cannot be read further just as one that is over. Only a copy that holds the last
+// byte of the original may take its place: a recording ends with the last packet of its last fragment.
+void requireWholeInput(const AVFormatContext &input, std::int64_t endOfPackets, std::int64_t size)
+{
+    if (input.pb != nullptr)
+        libavCheck(input.pb->error, whatFailed());
+    if (endOfPackets != size)
+        throwLibavError(AVERROR_INVALIDDATA, whatFailed());
+}
+
+// `size` is the input's number of bytes.
+void copyPackets(AVFormatContext &input, std::int64_t size, const Output &output)
 {
     AVFormatContext &muxer = *output.context;
     const AVStream &from = *input.streams[0];
@@ -101,15 +114,20 @@ void copyPackets(AVFormatContext &input, const Output &output)
     const AVPacketPointer packet(av_packet_alloc());
     if (!packet)
         throwLibavError(AVERROR(ENOMEM), whatFailed());
+    std::int64_t endOfPackets = 0;
     for (;;) {
         const int result = av_read_frame(&input, packet.get());
         if (result == AVERROR_EOF)
             break;
         libavCheck(result, whatFailed());
+        if ((packet->flags & AV_PKT_FLAG_CORRUPT) != 0)
+            throwLibavError(AVERROR_INVALIDDATA, whatFailed()); // only a part of it could be read
+        endOfPackets = std::max(endOfPackets, packet->pos + packet->size);
         av_packet_rescale_ts(packet.get(), from.time_base, to->time_base);
         packet->pos = -1;
         libavCheck(av_interleaved_write_frame(&muxer, packet.get()), whatFailed());
     }
+    requireWholeInput(input, endOfPackets, size);
     libavCheck(av_write_trailer(&muxer), whatFailed());
     output.close();
 }
@@ -127,7 +145,7 @@ void rewrite(int fd, const QString &path)
     {
         const AVInputPointer input = openInput(fd);
         const Output output(replacement.fd());
-        copyPackets(*input, output);
+        copyPackets(*input, original.st_size, output);
     }
     if (::fchmod(replacement.fd(), original.st_mode & 07777U) != 0)
         throwPosixError(errno, whatFailed());

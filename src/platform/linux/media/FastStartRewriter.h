@@ -8,7 +8,8 @@ namespace talvenor {
 
 /// Rewrites a finished recording, in the background, from fragments into an ordinary file whose index stands
 /// in front, without encoding anew. Until the one takes the place of the other in one step, the path leads to
-/// the old file, which plays as well; it stays if anything fails, and a line in the log says so.
+/// the old file, which plays as well; it stays if anything fails or if it cannot be read to its last byte,
+/// and a line in the log says so.
 ///
 /// `file` is the finished recording, open for reading, and `path` where it was written. A file that has been
 /// moved, deleted or replaced by then is left alone. The process waits for it at its ordinary end. Any

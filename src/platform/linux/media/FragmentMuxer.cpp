@@ -8,6 +8,7 @@ extern "C" {
 
 #include <cerrno>
 #include <exception>
+#include <utility>
 
 namespace talvenor {
 
@@ -81,7 +82,7 @@ void FragmentMuxer::cut()
     // The first cut only writes the delayed moov.
     for (int i = 0; i < (m_isFirstFragment ? 2 : 1); ++i)
         libavCheck(av_write_frame(m_muxer.get(), nullptr), whatFailed());
-    avio_flush(m_muxer->pb);
+    takeFragment();
     m_isFirstFragment = false;
     m_fragmentHasPackets = false;
 }
@@ -91,7 +92,18 @@ void FragmentMuxer::finish()
     if (m_fragmentHasPackets)
         cut();
     libavCheck(av_write_trailer(m_muxer.get()), whatFailed());
+    takeFragment();
+}
+
+void FragmentMuxer::takeFragment()
+{
     avio_flush(m_muxer->pb);
+    // Bytes that memory had no room for would leave a hole in the fragment.
+    libavCheck(m_muxer->pb->error, whatFailed());
+    if (m_output.empty())
+        return;
+    m_fragments.push_back(std::move(m_output));
+    m_output.clear();
 }
 
 } // namespace talvenor

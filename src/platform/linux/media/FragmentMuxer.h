@@ -3,6 +3,7 @@
 #include "platform/linux/media/LibavPointers.h"
 
 #include <cstdint>
+#include <deque>
 #include <vector>
 
 namespace talvenor {
@@ -25,14 +26,17 @@ public:
     /// Cuts the last fragment. Throws PlatformError.
     void finish();
 
-    /// Whole fragments that have not been taken yet; whoever writes them to a file clears them.
-    [[nodiscard]] std::vector<std::uint8_t> &output() { return m_output; }
+    /// The whole fragments that have not been taken yet, oldest first; whoever writes one to a file removes
+    /// it. The head of the file belongs to the first.
+    [[nodiscard]] std::deque<std::vector<std::uint8_t>> &fragments() { return m_fragments; }
 
 private:
     static int append(void *self, std::uint8_t *data, int size);
     void cut();
+    void takeFragment();
 
-    std::vector<std::uint8_t> m_output;
+    std::vector<std::uint8_t> m_output; ///< what the muxer gave since the last whole fragment
+    std::deque<std::vector<std::uint8_t>> m_fragments;
     AVIOContextPointer m_io;
     AVOutputPointer m_muxer;
     AVRational m_packetTimeBase;

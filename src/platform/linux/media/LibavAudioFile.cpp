@@ -40,14 +40,19 @@ LibavAudioFile::LibavAudioFile(const QString &path, const AudioFileSettings &set
 
 LibavAudioFile::~LibavAudioFile()
 {
-    try {
-        m_encoder.finish();
-        m_muxer.finish();
-        writeFragments();
-    } catch (...) {
-        const QString reason = localizedDescription(std::current_exception());
-        qCCritical(platformLog, "The end of %s is lost. %s", qUtf8Printable(m_path), qUtf8Printable(reason));
-    }
+    const auto attempt = [this](auto &&step) {
+        try {
+            step();
+        } catch (...) {
+            const QString reason = localizedDescription(std::current_exception());
+            qCCritical(platformLog, "The end of %s is lost. %s", qUtf8Printable(m_path),
+                       qUtf8Printable(reason));
+        }
+    };
+    // Each for itself: what is encoded already is written even if the rest cannot be encoded.
+    attempt([this] { m_encoder.finish(); });
+    attempt([this] { m_muxer.finish(); });
+    attempt([this] { writeFragments(); });
     if (m_length > 0)
         rewriteForFastStart(std::move(m_file), m_path);
 }
@@ -67,10 +72,19 @@ void LibavAudioFile::write(const PcmBuffer &buffer)
 
 void LibavAudioFile::writeFragments()
 {
-    std::vector<std::uint8_t> &fragments = m_muxer.output();
+    std::deque<std::vector<std::uint8_t>> &fragments = m_muxer.fragments();
+    while (!fragments.empty()) {
+        writeFragment(fragments.front());
+        m_length += std::int64_t(fragments.front().size());
+        fragments.pop_front();
+    }
+}
+
+void LibavAudioFile::writeFragment(std::span<const std::uint8_t> fragment)
+{
     std::size_t written = 0;
-    while (written < fragments.size()) {
-        const ssize_t count = ::pwrite(m_file.get(), fragments.data() + written, fragments.size() - written,
+    while (written < fragment.size()) {
+        const ssize_t count = ::pwrite(m_file.get(), fragment.data() + written, fragment.size() - written,
                                        m_length + std::int64_t(written));
         if (count < 0 && errno == EINTR)
             continue;
@@ -82,8 +96,6 @@ void LibavAudioFile::writeFragments()
         }
         written += std::size_t(count);
     }
-    m_length += std::int64_t(written);
-    fragments.clear();
 }
 
 } // namespace talvenor

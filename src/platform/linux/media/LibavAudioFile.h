@@ -7,14 +7,18 @@
 
 #include <QString>
 
+#include <cstdint>
+#include <span>
+
 namespace talvenor {
 
 /// An .m4a file with one channel of AAC, written in fragments of one second.
 ///
 /// From the first packet on the path holds one complete file that plays to its last fragment. Where a
 /// fragment cannot be written, it is kept and tried again with each later buffer, so that a disk that has
-/// room again gets all of it; memory for that is the encoded sound, 12 kB a second. Destroying the file
-/// writes what is left and hands it to the rewriter, which makes an ordinary file of it in the background.
+/// room again gets all of it, and one with a little room what fits; memory for that is the encoded sound,
+/// 12 kB a second. Destroying the file writes what is left, as far as it fits, and hands it to the rewriter,
+/// which makes an ordinary file of it in the background.
 class LibavAudioFile final : public AudioFile
 {
 public:
@@ -26,6 +30,7 @@ public:
 
 private:
     void writeFragments();
+    void writeFragment(std::span<const std::uint8_t> fragment);
 
     QString m_path;
     AudioFileSettings m_settings;
