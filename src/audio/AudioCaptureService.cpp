@@ -22,7 +22,25 @@ AudioCaptureService::AudioCaptureService(QObject *parent) : QObject(parent)
     static_cast<void>(m_microphoneTurn.resume()); // no set-up yet to wait for
 }
 
-AudioCaptureService::~AudioCaptureService() = default;
+AudioCaptureService::~AudioCaptureService()
+{
+    ++m_stopCount;
+    m_levelTimer.reset();
+    // A start that is under way holds the engine and the stream too, and may never go on: at the end of the
+    // program no event loop runs any more. So both are stopped, not only let go.
+    if (m_engine) {
+        m_engine->removeTap();
+        m_engine->stop();
+        m_engine.reset();
+    }
+    m_writer->close();
+    m_scStream.reset();
+    for (const std::weak_ptr<SystemAudioStream> &starting : m_startingStreams) {
+        // That nothing runs yet is no failure here.
+        if (const std::shared_ptr<SystemAudioStream> stream = starting.lock())
+            static_cast<void>(stream->stopCapture());
+    }
+}
 
 Task<> AudioCaptureService::startRecording(QString url)
 {
@@ -113,9 +131,13 @@ Task<> AudioCaptureService::startSystemAudio(double micSampleRate)
         const std::shared_ptr<SystemAudioStream> stream =
             Platform::shared().createSystemAudioStream(content.displays.first(), configuration);
         stream->addStreamOutput(handler, StreamOutputType::audio);
+        std::erase_if(m_startingStreams, [](const auto &starting) { return starting.expired(); });
+        m_startingStreams.push_back(stream);
         co_await stream->startCapture();
         if (!self)
             co_return;
+        std::erase_if(m_startingStreams,
+                      [&stream](const auto &starting) { return starting.lock() == stream; });
         // Nothing looks for a stop that has come meanwhile: the stream then runs until the next one takes its
         // place, into a ring buffer that nobody reads.
         m_scStream = stream;
@@ -125,9 +147,10 @@ Task<> AudioCaptureService::startSystemAudio(double micSampleRate)
     } catch (...) {
         failure = localizedDescription(std::current_exception());
     }
+    if (!self)
+        co_return; // a stream that was stopped while it started may say so; nobody wants to hear it
     qCCritical(logger, "System audio failed: %s — mic-only mode", qUtf8Printable(failure));
-    if (self)
-        setHasSystemAudio(false);
+    setHasSystemAudio(false);
 }
 
 void AudioCaptureService::startLevelTimer()

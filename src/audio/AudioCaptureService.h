@@ -15,6 +15,7 @@
 
 #include <memory>
 #include <optional>
+#include <vector>
 
 namespace talvenor {
 
@@ -36,7 +37,8 @@ public:
     static constexpr qsizetype maxLevelSamples = 50;
 
     explicit AudioCaptureService(QObject *parent = nullptr);
-    /// Ends a recording that is running; its file is finished.
+    /// Ends a recording that is running or being started; its file is finished. No thread of the capture is
+    /// left behind, even if the event loop never runs again.
     ~AudioCaptureService() override;
 
     /// True from the moment the microphone has started until the stop.
@@ -83,6 +85,8 @@ private:
     bool m_hasSystemAudio = false;
     std::shared_ptr<AudioEngine> m_engine; ///< shared with a set-up that waits for it
     std::shared_ptr<SystemAudioStream> m_scStream;
+    /// Those that are being started, by coroutines which may never get to their end.
+    std::vector<std::weak_ptr<SystemAudioStream>> m_startingStreams;
     std::shared_ptr<SystemAudioHandler> m_systemAudioHandler;
     std::optional<QString> m_recordingURL; ///< kept after the stop
     const std::shared_ptr<AudioFileWriter> m_writer = std::make_shared<AudioFileWriter>();

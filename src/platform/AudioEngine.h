@@ -32,7 +32,8 @@ public:
     /// `inputFormat` has told. The size is a wish; blocks of any size may come.
     virtual void installTap(std::uint32_t bufferSize, const AudioFormat &format, Tap tap) = 0;
 
-    /// Takes the tap away and waits for a call of it that is under way. Without a tap nothing happens.
+    /// Takes the tap away, once it has got what has arrived by now: a call that is under way is waited for,
+    /// and the rest may be delivered on the calling thread. Without a tap nothing happens.
     virtual void removeTap() = 0;
 
     /// Makes ready what `start` would otherwise have to do first.

@@ -193,6 +193,42 @@ private Q_SLOTS:
         QCOMPARE(calls.count(QStringLiteral("stream.create")), calls.count(QStringLiteral("stream.destroy")));
     }
 
+    void aServiceThatGoesDuringAStartLeavesNothingRunning_data()
+    {
+        QTest::addColumn<bool>("systemAudio");
+        QTest::newRow("starting the engine") << false;
+        QTest::newRow("starting the stream") << true;
+    }
+
+    // As at the end of the program: whatever waits is never gone on with.
+    void aServiceThatGoesDuringAStartLeavesNothingRunning()
+    {
+        QFETCH(bool, systemAudio);
+        const OneShot<void> gate;
+        (systemAudio ? m_audio->nextStream->startGate : m_audio->nextEngine->startGate) = gate;
+        bool ended = false;
+        startTask(this, [this, &ended]() -> Task<> {
+            co_await m_service->startRecording(someURL);
+            ended = true;
+        });
+        const QString last =
+            systemAudio ? QStringLiteral("stream.startCapture") : QStringLiteral("engine.start");
+        QVERIFY(test::waitUntil([&] { return m_audio->journal->count(last) == 1; }));
+        QVERIFY(m_audio->engines[0]->tap);
+        m_service.reset();
+        const QStringList calls = m_audio->journal->calls();
+        QVERIFY(!m_audio->engines[0]->tap);
+        const qsizetype removed = calls.indexOf(QStringLiteral("engine.removeTap"));
+        const qsizetype stopped = calls.indexOf(QStringLiteral("engine.stop"));
+        QVERIFY(removed >= 0 && removed < stopped);
+        QVERIFY(stopped < calls.indexOf(QStringLiteral("file.finish")));
+        QCOMPARE(calls.count(QStringLiteral("file.finish")), 1);
+        QCOMPARE(calls.count(QStringLiteral("stream.stopCapture")), systemAudio ? 1 : 0);
+        QVERIFY(!ended);
+        gate.resume(); // only so that the test itself leaks nothing
+        QVERIFY(test::waitUntil([&] { return ended; }));
+    }
+
     void aServiceThatGoesWhileRecordingFinishesItsFile()
     {
         await(m_service->startRecording(someURL));

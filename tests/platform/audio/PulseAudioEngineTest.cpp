@@ -227,7 +227,10 @@ private Q_SLOTS:
         QVERIFY(waitUntil([&] { return !stall; }));
         QTest::qWait(800); // the time that a block and more needs to queue up behind the slow one
         const std::size_t before = microphone.recorded.count();
+        microphone.engine.removeTap(); // in the order of whoever finishes a file next
+        const std::size_t after = microphone.recorded.count();
         microphone.engine.stop();
+        QCOMPARE(microphone.recorded.count(), after);
         QVERIFY(microphone.recorded.count() > before + std::size_t(0.4 * kRate));
     }
 

@@ -55,13 +55,26 @@ void PacedQueue::noteLoss(std::size_t lost)
     qCCritical(platformLog, "Microphone sound is lost: what receives it has stalled for a minute");
 }
 
-std::size_t PacedQueue::pop(std::span<float> target, std::chrono::milliseconds patience)
+std::size_t PacedQueue::waitForSamples(std::unique_lock<std::mutex> &guard,
+                                       std::chrono::milliseconds patience)
 {
-    std::unique_lock guard(m_lock);
     if (m_samples.size() == 0 && !m_finished)
         m_changed.wait_for(guard, patience, [this] { return m_samples.size() > 0 || m_finished; });
     if (m_pacer && !m_finished)
         noteLoss(m_samples.pushSilence(std::size_t(m_pacer->silenceDue(m_deviceLive, PaceClock::now()))));
+    return m_samples.size();
+}
+
+std::size_t PacedQueue::available(std::chrono::milliseconds patience)
+{
+    std::unique_lock guard(m_lock);
+    return waitForSamples(guard, patience);
+}
+
+std::size_t PacedQueue::pop(std::span<float> target, std::chrono::milliseconds patience)
+{
+    std::unique_lock guard(m_lock);
+    static_cast<void>(waitForSamples(guard, patience)); // what counts is how many there are room for
     return m_samples.pop(target);
 }
 

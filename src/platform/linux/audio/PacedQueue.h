@@ -27,8 +27,12 @@ public:
     /// Appends a block of the device's. Sound server's thread.
     void push(std::span<const float> samples);
 
+    /// Waits for samples for up to `patience`; answers how many there are. Silence that has fallen due is
+    /// among them.
+    [[nodiscard]] std::size_t available(std::chrono::milliseconds patience);
+
     /// Fills `target` as far as there is something, waiting for it for up to `patience`; answers how many
-    /// samples there were. Silence that has fallen due is among them. Tap's thread.
+    /// samples there were. Silence that has fallen due is among them.
     [[nodiscard]] std::size_t pop(std::span<float> target, std::chrono::milliseconds patience);
 
     /// Lets `pop` return at once from now on, with what is still there.
@@ -36,6 +40,8 @@ public:
     [[nodiscard]] bool isFinished();
 
 private:
+    [[nodiscard]] std::size_t waitForSamples(std::unique_lock<std::mutex> &guard,
+                                             std::chrono::milliseconds patience);
     void append(std::span<const float> samples, std::int64_t stretch);
     void noteLoss(std::size_t lost);
 

@@ -11,6 +11,7 @@ namespace {
 constexpr std::size_t kBlockFrames = 4096;
 /// How soon silence follows when the device is gone.
 constexpr std::chrono::milliseconds kPatience{50};
+constexpr std::chrono::milliseconds kNoPatience{0};
 
 } // namespace
 
@@ -26,8 +27,17 @@ void TapThread::remove()
 {
     m_removing = true;
     const std::lock_guard guard(m_tapLock);
-    m_tap = nullptr;
     m_removing = false;
+    // The sound that a stalled tap has kept waiting belongs to the recording. What comes while it is
+    // delivered does not, so that this ends however slow the tap is.
+    std::size_t remaining = m_tap ? m_queue.available(kNoPatience) : 0;
+    while (remaining > 0) {
+        const std::size_t count = deliver(remaining);
+        if (count == 0)
+            break;
+        remaining -= count;
+    }
+    m_tap = nullptr;
 }
 
 void TapThread::start()
@@ -48,19 +58,28 @@ void TapThread::stop()
 
 void TapThread::run()
 {
-    std::vector<float> block(kBlockFrames);
-    std::size_t count = 0;
-    do {
-        count = m_queue.pop(block, kPatience);
-    } while (deliver(std::span<const float>(block).first(count)) || !m_queue.isFinished());
+    for (;;) {
+        // Asked first, since what has come before the end is still delivered.
+        const bool finished = m_queue.isFinished();
+        if (m_queue.available(kPatience) == 0) {
+            if (finished)
+                return;
+            continue;
+        }
+        if (m_removing) {
+            std::this_thread::yield(); // whoever waits for the lock goes on with the queue
+            continue;
+        }
+        const std::lock_guard guard(m_tapLock);
+        deliver(kBlockFrames);
+    }
 }
 
-bool TapThread::deliver(std::span<const float> samples)
+std::size_t TapThread::deliver(std::size_t limit)
 {
-    const bool any = !samples.empty();
-    if (m_removing)
-        return any; // whoever waits for the lock takes the tap away
-    const std::lock_guard guard(m_tapLock);
+    m_block.resize(std::min(limit, kBlockFrames));
+    const std::size_t taken = m_queue.pop(m_block, kNoPatience);
+    std::span<const float> samples = std::span<const float>(m_block).first(taken);
     while (m_tap && !samples.empty()) {
         const std::size_t count = std::min<std::size_t>(samples.size(), m_bufferFrames);
         m_buffer->setFrameLength(std::uint32_t(count));
@@ -69,7 +88,7 @@ bool TapThread::deliver(std::span<const float> samples)
         m_tap(*m_buffer);
         samples = samples.subspan(count);
     }
-    return any;
+    return taken;
 }
 
 } // namespace talvenor
