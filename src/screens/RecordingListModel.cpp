@@ -46,8 +46,10 @@ int RecordingListModel::rowCount(const QModelIndex &parent) const
 
 QHash<int, QByteArray> RecordingListModel::roleNames() const
 {
-    return {{titleRole, "title"},       {dateRole, "formattedDate"},    {durationRole, "formattedDuration"},
-            {statusRole, "statusForm"}, {statusTextRole, "statusText"}, {selectedRole, "isSelected"}};
+    return {{idRole, "recordingId"},     {titleRole, "title"},
+            {dateRole, "formattedDate"}, {durationRole, "formattedDuration"},
+            {statusRole, "statusForm"},  {statusTextRole, "statusText"},
+            {selectedRole, "isSelected"}};
 }
 
 QVariant RecordingListModel::data(const QModelIndex &index, int role) const
@@ -56,6 +58,8 @@ QVariant RecordingListModel::data(const QModelIndex &index, int role) const
         return {};
     const Recording &recording = m_rows.at(index.row());
     switch (role) {
+    case idRole:
+        return recording.id.toString();
     case titleRole:
         return recording.title;
     case dateRole:
@@ -127,58 +131,62 @@ void RecordingListModel::refreshSelection()
     Q_EMIT selectedRowChanged();
 }
 
-std::optional<Recording> RecordingListModel::recordingAt(int row) const
+std::optional<Recording> RecordingListModel::recordingWithId(const QString &id) const
 {
-    if (row < 0 || row >= rowCount())
-        return std::nullopt;
-    return m_rows.at(row);
+    // Compared as texts: read as an id, a text that is none would become the null id, which an entry may
+    // have.
+    for (const Recording &recording : m_viewModel.recordings()) {
+        if (recording.id.toString() == id)
+            return recording;
+    }
+    return std::nullopt;
 }
 
 void RecordingListModel::select(int row)
 {
-    if (const auto recording = recordingAt(row))
-        m_viewModel.setSelectedRecording(recording);
+    if (row >= 0 && row < rowCount())
+        m_viewModel.setSelectedRecording(m_rows.at(row));
 }
 
-bool RecordingListModel::canTranscribe(int row) const
+bool RecordingListModel::canTranscribe(const QString &id) const
 {
-    const auto recording = recordingAt(row);
+    const auto recording = recordingWithId(id);
     return recording && offersTranscription(*recording);
 }
 
-bool RecordingListModel::canSummarize(int row) const
+bool RecordingListModel::canSummarize(const QString &id) const
 {
-    const auto recording = recordingAt(row);
+    const auto recording = recordingWithId(id);
     return recording && offersSummary(*recording);
 }
 
-void RecordingListModel::transcribe(int row)
+void RecordingListModel::transcribe(const QString &id)
 {
-    if (const auto recording = recordingAt(row)) {
+    if (const auto recording = recordingWithId(id)) {
         startTask(&m_viewModel, [viewModel = &m_viewModel, copy = *recording] {
             return viewModel->transcribeRecording(copy);
         });
     }
 }
 
-void RecordingListModel::summarize(int row)
+void RecordingListModel::summarize(const QString &id)
 {
-    if (const auto recording = recordingAt(row)) {
+    if (const auto recording = recordingWithId(id)) {
         startTask(&m_viewModel, [viewModel = &m_viewModel, copy = *recording] {
             return viewModel->summarizeRecording(copy);
         });
     }
 }
 
-void RecordingListModel::exportRecording(int row)
+void RecordingListModel::exportRecording(const QString &id)
 {
-    if (const auto recording = recordingAt(row))
+    if (const auto recording = recordingWithId(id))
         m_viewModel.exportRecording(*recording);
 }
 
-void RecordingListModel::deleteRecording(int row)
+void RecordingListModel::deleteRecording(const QString &id)
 {
-    if (const auto recording = recordingAt(row))
+    if (const auto recording = recordingWithId(id))
         m_viewModel.deleteRecording(*recording);
 }
 

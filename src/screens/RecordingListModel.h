@@ -19,7 +19,8 @@ class RecordingListModel : public KeyedListModel
 
 public:
     enum Role {
-        titleRole = Qt::UserRole + 1,
+        idRole = Qt::UserRole + 1,
+        titleRole,
         dateRole,
         durationRole,
         statusRole,
@@ -39,19 +40,22 @@ public:
     /// The row of the selected recording, -1 if it is not listed.
     [[nodiscard]] int selectedRow() const;
 
-    // Operations on a row; rows that do not exist are passed over.
-
-    /// Makes the row's recording the selected one.
+    /// Makes the row's recording the selected one; a row that does not exist is passed over.
     Q_INVOKABLE void select(int row);
+
+    // What a menu offers. It stays open while rows come and go, so its recording is named by `id`, as idRole
+    // gives it; where no recording has it any more, nothing is offered and nothing happens. Whether the
+    // search still lists the recording makes no difference.
+
     /// Has neither transcript nor work under way.
-    Q_INVOKABLE bool canTranscribe(int row) const;
+    Q_INVOKABLE bool canTranscribe(const QString &id) const;
     /// Has a transcript, no summary and no work under way.
-    Q_INVOKABLE bool canSummarize(int row) const;
-    Q_INVOKABLE void transcribe(int row);
-    Q_INVOKABLE void summarize(int row);
-    Q_INVOKABLE void exportRecording(int row);
+    Q_INVOKABLE bool canSummarize(const QString &id) const;
+    Q_INVOKABLE void transcribe(const QString &id);
+    Q_INVOKABLE void summarize(const QString &id);
+    Q_INVOKABLE void exportRecording(const QString &id);
     /// Deletes without asking.
-    Q_INVOKABLE void deleteRecording(int row);
+    Q_INVOKABLE void deleteRecording(const QString &id);
 
 Q_SIGNALS:
     void searchTextChanged();
@@ -60,7 +64,7 @@ Q_SIGNALS:
 private:
     void refresh();
     void refreshSelection();
-    [[nodiscard]] std::optional<Recording> recordingAt(int row) const;
+    [[nodiscard]] std::optional<Recording> recordingWithId(const QString &id) const;
 
     RecorderViewModel &m_viewModel;
     QString m_searchText;

@@ -6,6 +6,7 @@ Rectangle {
     id: row
 
     required property int index
+    required property string recordingId
     required property string title
     required property string formattedDate
     required property string formattedDuration

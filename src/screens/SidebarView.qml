@@ -115,7 +115,7 @@ Rectangle {
         delegate: RecordingRow {
             width: ListView.view.width
             onChosen: sidebar.recordings.select(index)
-            onMenuRequested: (x, y) => menu.openFor(this, index, x, y)
+            onMenuRequested: (x, y) => menu.openFor(this, recordingId, x, y)
         }
     }
     RecordingMenu {

@@ -1,8 +1,11 @@
 #include "screens/RecordingListModel.h"
 #include "recorderfakes/RecorderFixture.h"
 #include "settings/AppSettings.h"
+#include "support/Await.h"
 
 #include <QAbstractItemModelTester>
+#include <QScopeGuard>
+#include <QSet>
 #include <QSignalSpy>
 #include <QTest>
 
@@ -60,6 +63,23 @@ struct ListOfThree
     }
 
     [[nodiscard]] QVariant data(int row, int role) const { return model->index(row).data(role); }
+    /// What a menu keeps of the row that it opens on.
+    [[nodiscard]] QString idOf(int row) const { return data(row, RecordingListModel::idRole).toString(); }
+
+    /// Puts an entry above all others by a start that is going to fail, but not before events are handled.
+    void insertAtTop()
+    {
+        fixture.hasMicrophone = false;
+        viewModel->startRecording();
+        QCOMPARE(viewModel->recordings().first().status, RecordingStatus::recording);
+    }
+
+    /// Lets that start fail, which takes the entry out again.
+    void removeFromTop()
+    {
+        const qsizetype count = viewModel->recordings().size();
+        QVERIFY(test::waitUntil([&] { return viewModel->recordings().size() == count - 1; }));
+    }
 
     RecorderFixture fixture;
     RecorderViewModel *viewModel = nullptr;
@@ -105,7 +125,7 @@ private Q_SLOTS:
         ListOfThree list;
         QSignalSpy removals(list.model.get(), &QAbstractItemModel::rowsRemoved);
         QSignalSpy counts(list.model.get(), &RecordingListModel::countChanged);
-        list.model->deleteRecording(1);
+        list.model->deleteRecording(list.idOf(1));
         QCOMPARE(removals.size(), 1);
         QCOMPARE(removals.first().at(1).toInt(), 1);
         QCOMPARE(counts.size(), 1);
@@ -157,11 +177,97 @@ private Q_SLOTS:
         const QList<bool> transcribe{true, false, false, false, false};
         const QList<bool> summarize{false, true, false, false, false};
         for (int row = 0; row < 5; ++row) {
-            QCOMPARE(list.model->canTranscribe(row), transcribe.at(row));
-            QCOMPARE(list.model->canSummarize(row), summarize.at(row));
+            QCOMPARE(list.model->canTranscribe(list.idOf(row)), transcribe.at(row));
+            QCOMPARE(list.model->canSummarize(list.idOf(row)), summarize.at(row));
         }
-        QVERIFY(!list.model->canTranscribe(-1));
-        QVERIFY(!list.model->canSummarize(5));
+    }
+
+    void anOpenMenuKeepsItsRecordingWhenRowsComeAndGo_data()
+    {
+        QTest::addColumn<bool>("isRemoved");
+        QTest::newRow("a row is inserted above") << false;
+        QTest::newRow("a row is removed above") << true;
+    }
+
+    void anOpenMenuKeepsItsRecordingWhenRowsComeAndGo()
+    {
+        QFETCH(bool, isRemoved);
+        ListOfThree list({entryNamed(QStringLiteral("bare"), 0),
+                          withTranscript(entryNamed(QStringLiteral("transcribed"), 1)),
+                          entryNamed(QStringLiteral("third"), 2), entryNamed(QStringLiteral("last"), 3)});
+        list.fixture.signIn();
+        if (isRemoved)
+            list.insertAtTop();
+        const int top = isRemoved ? 1 : 0;
+        const QString bare = list.idOf(top);
+        const QString transcribed = list.idOf(top + 1);
+        const QString third = list.idOf(top + 2);
+        if (isRemoved)
+            list.removeFromTop();
+        else
+            list.insertAtTop();
+
+        QVERIFY(list.model->canTranscribe(bare));
+        QVERIFY(!list.model->canSummarize(bare));
+        QVERIFY(!list.model->canTranscribe(transcribed));
+        QVERIFY(list.model->canSummarize(transcribed));
+
+        list.model->exportRecording(third);
+        QCOMPARE(list.fixture.panels->panels.size(), 1);
+        QCOMPARE(list.fixture.panels->panels.first().request.nameFieldStringValue,
+                 QStringLiteral("third.md"));
+
+        // Deleted first: the work below remembers positions.
+        QStringList left = list.titles();
+        left.removeOne(QStringLiteral("third"));
+        list.model->deleteRecording(third);
+        QCOMPARE(list.titles(), left);
+
+        // Both statuses are passing ones, so they are collected as they are announced.
+        QSet<QString> transcribing;
+        QSet<QString> summarizing;
+        connect(list.viewModel, &RecorderViewModel::recordingsChanged, this, [&] {
+            for (const Recording &recording : list.viewModel->recordings()) {
+                if (recording.status == RecordingStatus::transcribing)
+                    transcribing.insert(recording.id.toString());
+                if (recording.status == RecordingStatus::summarizing)
+                    summarizing.insert(recording.id.toString());
+            }
+        });
+        const auto stopCollecting = qScopeGuard([&] { list.viewModel->disconnect(this); });
+        list.fixture.service->hold(QStringLiteral("POST /summarize"));
+        list.model->transcribe(bare);
+        list.model->summarize(transcribed);
+        QVERIFY(test::waitUntil([&] { return !transcribing.isEmpty() && !summarizing.isEmpty(); }));
+        QCOMPARE(transcribing, QSet<QString>{bare});
+        QCOMPARE(summarizing, QSet<QString>{transcribed});
+    }
+
+    void anOpenMenuWhoseRecordingIsGoneDoesNothing()
+    {
+        ListOfThree list({entryNamed(QStringLiteral("first"), 0), entryNamed(QStringLiteral("second"), 1),
+                          withTranscript(entryNamed(QStringLiteral("third"), 2))});
+        list.fixture.signIn();
+        list.insertAtTop();
+        const QString gone = list.idOf(0);
+        list.removeFromTop();
+        list.viewModel->setShowError(false);
+        QSignalSpy changes(list.viewModel, &RecorderViewModel::recordingsChanged);
+        for (const QString &id : {gone, QString(), QStringLiteral("no id")}) {
+            QVERIFY(!list.model->canTranscribe(id));
+            QVERIFY(!list.model->canSummarize(id));
+            list.model->exportRecording(id);
+            list.model->transcribe(id);
+            list.model->summarize(id);
+            list.model->deleteRecording(id);
+        }
+        QCoreApplication::processEvents();
+        QCOMPARE(changes.size(), 0);
+        QCOMPARE(list.fixture.panels->panels.size(), 0);
+        QVERIFY(!list.viewModel->isProcessing());
+        QVERIFY(!list.viewModel->showError());
+        QCOMPARE(list.titles(),
+                 (QStringList{QStringLiteral("first"), QStringLiteral("second"), QStringLiteral("third")}));
     }
 
     void selectingARowSelectsItsRecording()
@@ -194,7 +300,7 @@ private Q_SLOTS:
         const Recording twice = entryNamed(QStringLiteral("twice"), 0);
         ListOfThree list({twice, twice, entryNamed(QStringLiteral("other"), 1)});
         QCOMPARE(list.model->rowCount(), 3);
-        list.model->deleteRecording(0);
+        list.model->deleteRecording(list.idOf(0));
         QCOMPARE(list.titles(), QStringList{QStringLiteral("other")});
     }
 
