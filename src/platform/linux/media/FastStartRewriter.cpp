@@ -82,7 +82,7 @@ struct Output
     AVOutputPointer context;
 };
 
-// Libav ends a file that cannot be read further just as one that is over. Only a copy that holds the last
+// Libav may end a file that cannot be read further just as one that is over. Only a copy that holds the last
 // byte of the original may take its place: a recording ends with the last packet of its last fragment.
 void requireWholeInput(const AVFormatContext &input, std::int64_t endOfPackets, std::int64_t size)
 {
