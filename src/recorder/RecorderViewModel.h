@@ -144,6 +144,8 @@ private:
     /// The entry at a position that was remembered; a position beyond the end ends the process.
     [[nodiscard]] Recording &entryAt(qsizetype index);
     void setStatusAndSave(qsizetype index, RecordingStatus status);
+    /// How a transcription or a summary ends that has failed: told, marked, no longer in progress.
+    void failProcessing(qsizetype index, const std::exception_ptr &failure);
     void refreshSelection(const QUuid &id, qsizetype index);
     void saveEntryChange(const QUuid &id, qsizetype index);
     void setIsRecording(bool recording);

@@ -49,10 +49,7 @@ Task<> RecorderViewModel::transcribeRecording(Recording recording)
     if (!self)
         co_return;
     if (failure) {
-        showError(localizedDescription(failure));
-        setStatusAndSave(index, RecordingStatus::failed);
-        setIsProcessing(false);
-        setProcessingStatus(QString());
+        failProcessing(index, failure);
         co_return;
     }
 
@@ -95,10 +92,7 @@ Task<> RecorderViewModel::summarizeRecording(Recording recording)
     if (!self)
         co_return;
     if (failure) {
-        showError(localizedDescription(failure));
-        setStatusAndSave(index, RecordingStatus::failed);
-        setIsProcessing(false);
-        setProcessingStatus(QString());
+        failProcessing(index, failure);
         co_return;
     }
 
@@ -114,6 +108,14 @@ Task<> RecorderViewModel::summarizeRecording(Recording recording)
     }
     setStatusAndSave(index, RecordingStatus::completed);
     refreshSelection(recording.id, index);
+    setIsProcessing(false);
+    setProcessingStatus(QString());
+}
+
+void RecorderViewModel::failProcessing(qsizetype index, const std::exception_ptr &failure)
+{
+    showError(localizedDescription(failure));
+    setStatusAndSave(index, RecordingStatus::failed);
     setIsProcessing(false);
     setProcessingStatus(QString());
 }

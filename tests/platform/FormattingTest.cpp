@@ -114,7 +114,7 @@ void FormattingTest::datesAreInTheLocalZone_data()
                                      << QStringLiteral("10.03.2026, 04:05")
                                      << QStringLiteral("10.07.2026, 03:05");
     QTest::newRow("a rule instead of a name")
-        << QStringLiteral("XXX-2YYY,M3.5.0,M10.5.0/3") << QStringLiteral("09.03.2026, 17:05")
+        << QStringLiteral("NRM-2SUM,M3.5.0,M10.5.0/3") << QStringLiteral("09.03.2026, 17:05")
         << QStringLiteral("09.07.2026, 18:05");
     QTest::newRow("nonsense") << QStringLiteral("Nowhere/Land") << QStringLiteral("09.03.2026, 15:05")
                               << QStringLiteral("09.07.2026, 15:05");
