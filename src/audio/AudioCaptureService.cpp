@@ -20,12 +20,15 @@ namespace talvenor {
 AudioCaptureService::AudioCaptureService(QObject *parent) : QObject(parent)
 {
     static_cast<void>(m_microphoneTurn.resume()); // no set-up yet to wait for
+    m_finisher.setMaxThreadCount(1);
+    m_finisher.setObjectName(QStringLiteral("finishing of recordings"));
 }
 
 AudioCaptureService::~AudioCaptureService()
 {
     ++m_stopCount;
     m_levelTimer.reset();
+    m_finisher.waitForDone();
     // A start that is under way holds the engine and the stream too, and may never go on: at the end of the
     // program no event loop runs any more. So both are stopped, not only let go.
     if (m_engine) {
@@ -64,12 +67,18 @@ Task<std::optional<double>> AudioCaptureService::startMicrophone(QString url)
     co_await previousTurn;
     if (isOver())
         co_return std::nullopt;
+    co_await finished(); // nothing of an earlier recording may reach the file of this one
+    if (isOver())
+        co_return std::nullopt;
 
     m_recordingURL = url;
     m_ringBuffer->reset();
     setHasSystemAudio(false);
     const std::shared_ptr<AudioEngine> engine = Platform::shared().createAudioEngine();
-    m_engine = engine;
+    m_finisher.start([previous = std::exchange(m_engine, engine)]() mutable { previous.reset(); });
+    co_await finished();
+    if (isOver())
+        co_return std::nullopt;
     const AudioFormat inputFormat = co_await engine->inputFormat();
     if (isOver())
         co_return std::nullopt;
@@ -194,25 +203,37 @@ std::optional<QString> AudioCaptureService::stopRecording()
             }
         });
     }
-    // The tap is gone before the file is finished, so that no buffer reaches a closed writer.
-    if (m_engine) {
-        m_engine->removeTap();
-        m_engine->stop();
-        m_engine.reset();
-    }
-    m_writer->close();
+    // What follows waits for a tap that may be caught in a write to a slow disk, and writes itself.
+    m_finisher.start([engine = std::exchange(m_engine, nullptr), writer = m_writer, ringBuffer = m_ringBuffer,
+                      url = m_recordingURL]() mutable {
+        // The tap is gone before the file is finished, so that no buffer reaches a closed writer.
+        if (engine) {
+            engine->removeTap();
+            engine->stop();
+            engine.reset();
+        }
+        writer->close();
+        ringBuffer->reset();
+        qCInfo(logger, "Stopped. Frames: %lld", static_cast<long long>(writer->totalFrames()));
+        if (url) {
+            const QFileInfo file(*url);
+            if (file.exists())
+                qCInfo(logger, "File: %lld bytes", static_cast<long long>(file.size()));
+        }
+    });
     setIsRecording(false);
     setAudioLevel(0);
     setAudioLevels({});
     setHasSystemAudio(false);
-    m_ringBuffer->reset();
-    qCInfo(logger, "Stopped. Frames: %lld", static_cast<long long>(m_writer->totalFrames()));
-    if (m_recordingURL) {
-        const QFileInfo file(*m_recordingURL);
-        if (file.exists())
-            qCInfo(logger, "File: %lld bytes", static_cast<long long>(file.size()));
-    }
     return m_recordingURL;
+}
+
+Task<> AudioCaptureService::finished()
+{
+    // One thread takes one piece of work after the other, so this one comes after all that was begun before.
+    const OneShot<void> done;
+    m_finisher.start([done] { static_cast<void>(done.resume()); }); // settled only here
+    co_await done;
 }
 
 void AudioCaptureService::setIsRecording(bool isRecording)

@@ -11,6 +11,7 @@
 #include <QList>
 #include <QObject>
 #include <QString>
+#include <QThreadPool>
 #include <QTimer>
 
 #include <memory>
@@ -22,8 +23,8 @@ namespace talvenor {
 /// Records one meeting at a time into one AAC file: the microphone, with what the computer plays mixed in.
 ///
 /// The two sources are joined purely by order of arrival; system audio is always tried and always optional.
-/// Everything here belongs to the main thread, which it never blocks for longer than a block of sound takes
-/// to encode. Devices and files come from Platform::shared().
+/// Everything here belongs to the main thread, which it never blocks: what waits for a device or a disk runs
+/// on other threads. Devices and files come from Platform::shared().
 class AudioCaptureService : public QObject
 {
     Q_OBJECT
@@ -58,9 +59,13 @@ public:
     /// turns. A stop while the microphone is being set up ends that set-up, without an error.
     Task<> startRecording(QString url);
 
-    /// Ends the recording, finishes its file and gives its path, or that of the last one if nothing is
-    /// running. System audio that has not been mixed yet is dropped.
+    /// Ends the recording and gives its path, or that of the last one if nothing is running. System audio
+    /// that has not been mixed yet is dropped. The file is finished in the background; see `finished`.
     std::optional<QString> stopRecording();
+
+    /// Returns when the file of every recording that has been stopped so far holds all of its sound. A disk
+    /// that does not answer keeps it waiting. A start waits for this by itself.
+    Task<> finished();
 
 Q_SIGNALS:
     void isRecordingChanged();
@@ -95,6 +100,7 @@ private:
     std::unique_ptr<QTimer> m_levelTimer;
     OneShot<void> m_microphoneTurn; ///< settled when the newest set-up of the microphone has ended
     quint64 m_stopCount = 0;        ///< tells a set-up that it has been stopped while it waited
+    QThreadPool m_finisher;         ///< of one thread, on which engines end and files are finished, in order
 };
 
 } // namespace talvenor

@@ -41,6 +41,9 @@ Task<> RecorderViewModel::transcribeRecording(Recording recording)
     const TranscriptionLanguage language = m_settings.transcriptionLanguage();
     QList<TranscriptSegment> segments;
     std::exception_ptr failure;
+    co_await m_audioCaptureService->finished(); // its last second may still be on its way to the disk
+    if (!self)
+        co_return;
     try {
         segments = co_await m_transcriptionService->transcribe(url, language);
     } catch (...) {

@@ -23,7 +23,7 @@ private Q_SLOTS:
             ended = true;
         });
         QVERIFY(test::waitUntil([&] { return !m_audio->streams.empty(); }));
-        m_service->stopRecording();
+        stop();
         QVERIFY(!m_service->isRecording());
         gate.resume();
         QVERIFY(test::waitUntil([&] { return ended; }));
@@ -32,7 +32,7 @@ private Q_SLOTS:
         QVERIFY(!m_service->isRecording());
         QCOMPARE(m_audio->journal->count(QStringLiteral("stream.stopCapture")), 0);
         // The next stop finds it.
-        m_service->stopRecording();
+        stop();
         QVERIFY(!m_service->hasSystemAudio());
         QVERIFY(
             test::waitUntil([&] { return m_audio->journal->count(QStringLiteral("stream.destroy")) == 1; }));
@@ -52,7 +52,7 @@ private Q_SLOTS:
         deliver(1, {0.25F});
         QCOMPARE(m_audio->files[0]->samples, std::vector<float>{0.5F});
         QCOMPARE(m_audio->files[1]->samples, std::vector<float>{0.25F});
-        QCOMPARE(m_service->stopRecording(), otherURL);
+        QCOMPARE(stop(), otherURL);
         QCOMPARE(m_audio->journal->count(QStringLiteral("engine.destroy")), 2);
         QCOMPARE(m_audio->journal->count(QStringLiteral("file.finish")), 2);
     }
@@ -68,7 +68,8 @@ private Q_SLOTS:
                 ++ended;
             });
         }
-        QCoreApplication::processEvents();
+        QVERIFY(test::waitUntil(
+            [&] { return m_audio->journal->count(QStringLiteral("engine.inputFormat")) == 1; }));
         QCOMPARE(m_audio->engines.size(), 1UL);
         gate.resume();
         QVERIFY(test::waitUntil([&] { return ended == 2; }));
@@ -77,7 +78,7 @@ private Q_SLOTS:
         QCOMPARE(m_audio->files[1]->path, otherURL);
         QVERIFY(!m_audio->engines[0]->tap && m_audio->engines[1]->tap);
         QCOMPARE(m_log->texts(channel).count(QStringLiteral("Mic recording started")), 2);
-        QCOMPARE(m_service->stopRecording(), otherURL);
+        QCOMPARE(stop(), otherURL);
     }
 
     void aFailedStartLetsTheNextOneHaveItsTurn()
@@ -124,7 +125,7 @@ private Q_SLOTS:
         });
         const QString last = starting ? QStringLiteral("engine.start") : QStringLiteral("engine.inputFormat");
         QVERIFY(test::waitUntil([&] { return m_audio->journal->count(last) == 1; }));
-        QCOMPARE(m_service->stopRecording(), someURL);
+        QCOMPARE(stop(), someURL);
         gate.resume();
         QVERIFY(test::waitUntil([&] { return ended; }));
         QVERIFY(!m_service->isRecording() && !m_service->hasSystemAudio());

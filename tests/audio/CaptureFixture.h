@@ -50,6 +50,14 @@ protected:
         deliverTo(*m_audio->streams.at(stream)->output, samples);
     }
 
+    /// Ends the recording and waits until its file is finished.
+    std::optional<QString> stop()
+    {
+        const std::optional<QString> url = m_service->stopRecording();
+        await(m_service->finished());
+        return url;
+    }
+
     std::optional<FakeAudio> m_audio;
     std::optional<test::LogCapture> m_log;
     std::unique_ptr<AudioCaptureService> m_service;

@@ -116,6 +116,7 @@ public:
         m_stopMs = double(time.nsecsElapsed()) / 1e6;
         if (url != m_path)
             throw std::runtime_error("the recording has another path");
+        await(m_service.finished());
         waitForFastStartRewrites();
         std::vector<float> samples = test::decodedAudio(m_path);
         if (std::abs(double(samples.size()) / rate - wanted) > 1)
@@ -404,6 +405,7 @@ private Q_SLOTS:
             QVERIFY(service.isRecording() && service.hasSystemAudio());
             QTest::qWait(1'500);
             QCOMPARE(service.stopRecording(), target);
+            await(service.finished());
         }
         qInfo("longest stall of the main thread in three recordings, starts and stops: %.1f ms",
               stalls.longestMs());

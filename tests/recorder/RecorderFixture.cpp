@@ -45,14 +45,23 @@ private:
 class NoFile : public AudioFile
 {
 public:
-    explicit NoFile(const QString &path)
+    NoFile(const QString &path, std::function<void()> whenFinished) : m_whenFinished(std::move(whenFinished))
     {
         QFile file(path);
         if (!file.open(QIODevice::WriteOnly))
             throw PlatformError(QStringLiteral("file"), int(file.error()), file.errorString());
         file.write("sound");
     }
+    ~NoFile() override
+    {
+        if (m_whenFinished)
+            m_whenFinished();
+    }
+    Q_DISABLE_COPY_MOVE(NoFile)
     void write(const PcmBuffer &) override {}
+
+private:
+    std::function<void()> m_whenFinished;
 };
 
 } // namespace
@@ -65,8 +74,8 @@ RecorderFixture::RecorderFixture()
             whenEngineIsMade();
         return std::make_unique<ScriptedEngine>(*this);
     };
-    platform.createAudioFile = [](const QString &path, const AudioFileSettings &) {
-        return std::make_unique<NoFile>(path);
+    platform.createAudioFile = [this](const QString &path, const AudioFileSettings &) {
+        return std::make_unique<NoFile>(path, whenFileIsFinished);
     };
     platform.shareableContent = []() -> Task<ShareableContent> { co_return ShareableContent(); };
     platform.createSpeechRecognizer = [this](const QString &locale) {

@@ -46,6 +46,7 @@ public:
     ScriptedSpeech speech;
     bool hasMicrophone = true;
     std::function<void()> whenEngineIsMade;      ///< called as capture begins
+    std::function<void()> whenFileIsFinished;    ///< called by the thread that finishes a file
     std::optional<OneShot<void>> microphoneGate; ///< the microphone starts only when it is resumed
     std::function<void(PcmBuffer &)> tap;        ///< the tap of the newest engine
     QTemporaryDir folder;

@@ -9,6 +9,8 @@
 #include <QSignalSpy>
 #include <QTest>
 
+#include <mutex>
+
 using namespace talvenor;
 using test::RecorderFixture;
 using test::waitUntil;
@@ -435,6 +437,28 @@ private Q_SLOTS:
         QVERIFY(waitUntil([&] { return !viewModel.isProcessing(); }));
         QCOMPARE(viewModel.recordings().size(), 1);
         QCOMPARE(viewModel.recordings().first().title, QStringLiteral("b"));
+        QCOMPARE(viewModel.recordings().first().transcriptSegments.size(), 1);
+    }
+
+    void transcriptionWaitsUntilTheFileIsFinished()
+    {
+        RecorderFixture fixture;
+        fixture.signIn();
+        AppSettings::shared().setAutoTranscribe(true);
+        std::mutex disk;
+        std::unique_lock hung(disk);
+        fixture.whenFileIsFinished = [&disk] { const std::lock_guard answer(disk); };
+        RecorderViewModel &viewModel = fixture.start();
+        fixture.record();
+        QVERIFY(!viewModel.isRecording());
+        QVERIFY(waitUntil([&] { return viewModel.isProcessing(); }));
+        QVERIFY(waitUntil([&] { return generalPool().activeThreadCount() == 0; }));
+        QCoreApplication::processEvents();
+        QCOMPARE(fixture.speech.started(), 0);
+        hung.unlock();
+        QVERIFY(waitUntil([&] { return fixture.speech.started() == 1; }));
+        fixture.speech.finish(0, {QStringLiteral("Hello")});
+        QVERIFY(waitUntil([&] { return !viewModel.isProcessing(); }));
         QCOMPARE(viewModel.recordings().first().transcriptSegments.size(), 1);
     }
 

@@ -324,6 +324,7 @@ private Q_SLOTS:
         QCOMPARE(viewModel.recordings().first().status, RecordingStatus::failed);
         QCoreApplication::processEvents();
         QVERIFY(fixture.service->requests(QStringLiteral("POST /auth/record")).isEmpty());
+        test::await(viewModel.audioCaptureService().finished());
         QVERIFY(!fixture.tap); // capture has ended
     }
 

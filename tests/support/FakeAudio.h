@@ -177,8 +177,9 @@ struct FakeFileState
 {
     QString path;
     AudioFileSettings settings;
-    std::exception_ptr writeError; ///< what `write` throws
-    std::vector<float> samples;    ///< of the first channel
+    std::exception_ptr writeError;     ///< what `write` throws
+    std::function<void()> beforeWrite; ///< called first by `write`, which may have to wait there
+    std::vector<float> samples;        ///< of the first channel
 };
 
 /// Writes "file.…" lines to the journal, but none for each write.
@@ -193,6 +194,8 @@ public:
 
     void write(const PcmBuffer &buffer) override
     {
+        if (m_state->beforeWrite)
+            m_state->beforeWrite();
         if (m_state->writeError)
             std::rethrow_exception(m_state->writeError);
         const float *samples = buffer.floatChannelData()[0];
