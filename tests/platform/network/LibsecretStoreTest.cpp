@@ -125,7 +125,7 @@ private Q_SLOTS:
         store.save(kService, other, "stays");
         store.remove(kService, kAccount);
         QVERIFY(!store.load(kService, kAccount));
-        QVERIFY(SecretServiceControl::items(kService, kAccount).isEmpty());
+        QVERIFY(test::waitUntil([] { return SecretServiceControl::items(kService, kAccount).isEmpty(); }));
         QCOMPARE(store.load(kService, other), QByteArray("stays"));
         store.remove(kService, other);
     }
@@ -223,6 +223,61 @@ private Q_SLOTS:
         QVERIFY(!store.load(kService, kAccount));
     }
 
+    void aStoreThatHangsDoesNotHoldTheWindow()
+    {
+        LibsecretStore store;
+        store.save(kService, kAccount, "token");
+        LogCapture log;
+        SecretServiceControl::freeze();
+        const auto thaw = qScopeGuard([] { SecretServiceControl::thaw(); });
+        QElapsedTimer timer;
+        timer.start();
+        QVERIFY(!store.load(kService, kAccount)); // not known, hence absent
+        QVERIFY2(timer.elapsed() < 10'000, "D-Bus gives up after 25 s only");
+        QCOMPARE(log.texts(kLog), QStringList{QStringLiteral(
+                                      "The secret store does not answer; what is in it counts as absent.")});
+        timer.restart();
+        store.remove(kService, kAccount);
+        QVERIFY(!store.load(kService, kAccount)); // removed for this program at once
+        QVERIFY2(timer.elapsed() < 1'000, "a removal is not waited for");
+
+        SecretServiceControl::thaw();
+        QVERIFY(test::waitUntil([] { return SecretServiceControl::items(kService, kAccount).isEmpty(); }));
+    }
+
+    void ofTwoWishesForAStoreThatHangsTheLaterOneCounts()
+    {
+        LibsecretStore store;
+        store.save(kService, kAccount, "old");
+        SecretServiceControl::freeze();
+        const auto thaw = qScopeGuard([] { SecretServiceControl::thaw(); });
+        store.remove(kService, kAccount);
+        Task<> saved = onGeneralPool([&store] { store.save(kService, kAccount, "new"); });
+        QVERIFY(test::waitUntil([&] { return store.load(kService, kAccount) == QByteArray("new"); }));
+        SecretServiceControl::thaw();
+        test::await(std::move(saved));
+        QVERIFY(
+            test::waitUntil([] { return LibsecretStore().load(kService, kAccount) == QByteArray("new"); }));
+    }
+
+    void theEndOfTheProgramDoesNotWaitForAStoreThatHangs()
+    {
+        LibsecretStore().save(kService, kAccount, "token");
+        SecretServiceControl::freeze();
+        const auto thaw = qScopeGuard([] { SecretServiceControl::thaw(); });
+        QProcess program;
+        program.setProcessChannelMode(QProcess::ForwardedErrorChannel);
+        program.start(QCoreApplication::applicationFilePath(), {QStringLiteral("--read")});
+        QVERIFY(program.waitForStarted());
+        QElapsedTimer timer;
+        timer.start();
+        program.closeWriteChannel();
+        QVERIFY(test::waitUntil([&] { return program.state() == QProcess::NotRunning; }, 20'000));
+        QVERIFY2(timer.elapsed() < 15'000, "D-Bus gives up after 25 s only");
+        QCOMPARE(program.exitStatus(), QProcess::NormalExit);
+        QCOMPARE(program.exitCode(), 0);
+    }
+
     void theStoreMayBeUsedFromManyThreads()
     {
         const auto store = std::make_shared<LibsecretStore>();
@@ -261,9 +316,21 @@ static int runWithOpenQuestion()
     return QCoreApplication::exec();
 }
 
+/// The program that a test ends while the store is being read on the pool.
+static int runWithOpenRead()
+{
+    const auto store = std::make_shared<LibsecretStore>();
+    startOnGeneralPool([store] { static_cast<void>(store->load(kService, kAccount)); });
+    QSocketNotifier endSign(STDIN_FILENO, QSocketNotifier::Read);
+    QObject::connect(&endSign, &QSocketNotifier::activated, qApp, &QCoreApplication::quit);
+    return QCoreApplication::exec();
+}
+
 int main(int argc, char *argv[])
 {
     QCoreApplication application(argc, argv);
+    if (argc == 2 && qstrcmp(argv[1], "--read") == 0)
+        return runWithOpenRead();
     if (argc == 2 && qstrcmp(argv[1], "--ask") == 0)
         return runWithOpenQuestion();
     LibsecretStoreTest test;

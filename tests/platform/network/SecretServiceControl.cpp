@@ -2,11 +2,14 @@
 
 #include <QDBusArgument>
 #include <QDBusConnection>
+#include <QDBusConnectionInterface>
 #include <QDBusInterface>
 #include <QDBusMetaType>
 #include <QDBusObjectPath>
 #include <QDBusReply>
 #include <QDBusVariant>
+
+#include <csignal>
 
 namespace talvenor::test {
 
@@ -119,6 +122,28 @@ void SecretServiceControl::unlock()
     (void)call(kServicePath, QStringLiteral("org.gnome.keyring.InternalUnsupportedGuiltRiddenInterface"),
                QStringLiteral("UnlockWithMasterPassword"),
                {QVariant::fromValue(defaultCollection()), QVariant::fromValue(password)});
+}
+
+namespace {
+
+void signalService(int signal)
+{
+    // Kept, because a frozen service cannot be asked for anything, though the bus would still know it.
+    static const QDBusReply<uint> processId = QDBusConnection::sessionBus().interface()->servicePid(kBusName);
+    if (!processId.isValid() || ::kill(pid_t(processId.value()), signal) != 0)
+        qFatal("the secret store's process cannot be signalled");
+}
+
+} // namespace
+
+void SecretServiceControl::freeze()
+{
+    signalService(SIGSTOP);
+}
+
+void SecretServiceControl::thaw()
+{
+    signalService(SIGCONT);
 }
 
 } // namespace talvenor::test

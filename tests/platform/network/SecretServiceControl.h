@@ -21,6 +21,11 @@ public:
     static void lock();
     /// Unlocks it with the password that the virtual desktop has set, as signing in to a desktop does.
     static void unlock();
+
+    /// Lets the store hang: it takes calls and answers none.
+    static void freeze();
+    /// Lets it go on with what it has been asked meanwhile.
+    static void thaw();
 };
 
 } // namespace talvenor::test

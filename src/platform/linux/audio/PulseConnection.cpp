@@ -18,6 +18,7 @@ PulseConnection::PulseConnection(Listener &listener)
 {
     if (!m_loop)
         programmingError(QStringLiteral("libpulse has no main loop to give"));
+    watchForProgramEnd();
     pa_threaded_mainloop_set_name(m_loop, "talvenor.pulse");
 }
 
@@ -44,10 +45,11 @@ void PulseConnection::open()
         }
     }
     std::unique_lock guard(m_stateLock);
-    const bool answered = m_stateChanged.wait_for(guard, kPulseAnswerTimeout, [this] {
+    const auto isAnswered = [this] {
         return m_state == State::ready || m_state == State::failed || m_state == State::closed;
-    });
-    if (!answered)
+    };
+    waitUnlessEnding(guard, m_stateChanged, kPulseAnswerTimeout, isAnswered);
+    if (!isAnswered())
         throw pulseError(PA_ERR_TIMEOUT);
     if (m_state != State::ready)
         throw pulseError(m_state == State::closed ? int(PA_ERR_KILLED) : m_errorCode);

@@ -1,5 +1,6 @@
 #pragma once
 
+#include "foundation/ProgramEnd.h"
 #include "platform/linux/audio/PulseObjects.h"
 
 #include <chrono>
@@ -112,6 +113,20 @@ private:
     int m_errorCode = PA_OK;     ///< guarded by m_stateLock
 };
 
+/// Waits until `isDone`, but no longer than `limit` nor, since the end of the program waits for the pool,
+/// than the program lasts. With the lock of the condition.
+template<typename Predicate>
+void waitUnlessEnding(std::unique_lock<std::mutex> &guard, std::condition_variable &condition,
+                      std::chrono::milliseconds limit, Predicate isDone)
+{
+    constexpr std::chrono::milliseconds step{50};
+    const auto end = std::chrono::steady_clock::now() + limit;
+    while (!condition.wait_for(guard, step, isDone)) {
+        if (isProgramEnding() || std::chrono::steady_clock::now() >= end)
+            return;
+    }
+}
+
 /// One answer that a thread of the pool waits for and the loop's thread gives. Shared by both, since either
 /// may be gone before the other is done.
 template<typename T>
@@ -132,7 +147,7 @@ public:
     [[nodiscard]] std::optional<T> wait(std::chrono::milliseconds limit)
     {
         std::unique_lock guard(m_lock);
-        m_given.wait_for(guard, limit, [this] { return m_value.has_value(); });
+        waitUnlessEnding(guard, m_given, limit, [this] { return m_value.has_value(); });
         return m_value;
     }
 

@@ -1,8 +1,8 @@
 #include "platform/linux/network/CurlExchange.h"
 
 #include "foundation/LocalizedError.h"
+#include "foundation/ProgramEnd.h"
 #include "platform/linux/network/NetworkErrorText.h"
-#include "platform/linux/network/ProgramEnd.h"
 
 #include <curl/curl.h>
 

@@ -1,7 +1,7 @@
 #include "platform/linux/network/CurlTransport.h"
 
+#include "foundation/ProgramEnd.h"
 #include "platform/linux/network/CurlExchange.h"
-#include "platform/linux/network/ProgramEnd.h"
 
 #include <curl/curl.h>
 

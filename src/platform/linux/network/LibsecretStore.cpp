@@ -1,10 +1,15 @@
 #include "platform/linux/network/LibsecretStore.h"
 
 #include "foundation/LocalizedError.h"
+#include "foundation/ProgramEnd.h"
 #include "platform/UnifiedLog.h"
-#include "platform/linux/network/ProgramEnd.h"
 #include "platform/linux/network/SecretServiceClient.h"
 
+#include <QCoreApplication>
+#include <QThread>
+
+#include <chrono>
+#include <condition_variable>
 #include <map>
 #include <mutex>
 #include <thread>
@@ -17,64 +22,181 @@ namespace {
 const auto kLocked = QStringLiteral("The secret store is locked or not set up; nothing in it is touched.");
 const auto kAbsent =
     QStringLiteral("There is no secret store on the session bus; secrets last until the program ends.");
+const auto kSilent = QStringLiteral("The secret store does not answer; what is in it counts as absent.");
+
+/// How long the window may stand still for a store that does not answer: such a store is a broken one, for a
+/// healthy one takes milliseconds.
+constexpr std::chrono::seconds kPatienceOfWindow{2};
+/// How soon the end of the program is noticed.
+constexpr std::chrono::milliseconds kEndCheck{50};
+
+bool isMainThread()
+{
+    return QCoreApplication::instance() && QThread::currentThread() == QCoreApplication::instance()->thread();
+}
+
+/// Something that one thread waits for and another one brings.
+template<typename Value>
+class Answer
+{
+public:
+    void give(Value value)
+    {
+        const std::lock_guard guard(m_lock);
+        m_value = std::move(value);
+        m_given.notify_all();
+    }
+
+    /// Waits for the answer; no longer than a window can on the main thread, or once the program ends.
+    [[nodiscard]] std::optional<Value> wait()
+    {
+        const auto limit = std::chrono::steady_clock::now() + kPatienceOfWindow;
+        const bool isLimited = isMainThread();
+        std::unique_lock guard(m_lock);
+        while (!m_given.wait_for(guard, kEndCheck, [this] { return m_value.has_value(); })) {
+            // At the end of the program threads wait no longer than the window does.
+            if ((isLimited || isProgramEnding()) && std::chrono::steady_clock::now() >= limit)
+                return std::nullopt;
+        }
+        return m_value;
+    }
+
+private:
+    std::mutex m_lock;
+    std::condition_variable m_given;
+    std::optional<Value> m_value; ///< guarded by m_lock
+};
 
 } // namespace
 
-/// What the store's calls share with the question in the background.
+/// What the store's calls share with the threads that carry them out.
+///
+/// libsecret cannot take a call back, and a service that hangs holds one for D-Bus's 25 seconds. So each call
+/// runs on a thread that nobody has to wait for.
 class LibsecretStore::State : public std::enable_shared_from_this<State>
 {
 public:
     State() { watchForProgramEnd(); }
 
-    void save(const SecretName &name, const QByteArray &data)
+    /// What is wanted counts from now on; answers when the store has it, or has refused it for now.
+    std::shared_ptr<Answer<bool>> put(const SecretName &name, const std::optional<QByteArray> &value)
     {
-        const std::lock_guard guard(m_lock);
-        m_pending[name] = data;
-        tryOut([&](SecretServiceClient &client) {
-            if (!client.isDefaultCollectionReady()) {
-                askToUnlock(name);
-                return;
-            }
-            client.store(name, data);
-            m_pending.erase(name);
-            m_lastTrouble.clear();
+        {
+            const std::lock_guard guard(m_memoryLock);
+            m_pending[name] = {++m_wishes, value};
+        }
+        const auto outcome = inBackground<bool>([name](State &state) {
+            state.carryOut(name);
+            return true;
         });
+        const std::lock_guard guard(m_memoryLock);
+        m_lastOutcome = outcome;
+        return outcome;
+    }
+
+    /// Gives what is under way the time that it needs, if that is not long.
+    void waitForTheLast()
+    {
+        std::shared_ptr<Answer<bool>> outcome;
+        {
+            const std::lock_guard guard(m_memoryLock);
+            outcome = m_lastOutcome;
+        }
+        if (outcome && !outcome->wait())
+            tell(kSilent);
     }
 
     std::optional<QByteArray> load(const SecretName &name)
     {
-        const std::lock_guard guard(m_lock);
-        if (const auto pending = m_pending.find(name); pending != m_pending.end())
-            return pending->second;
+        if (const auto wish = wishFor(name))
+            return wish->value;
+        const auto value = inBackground<std::optional<QByteArray>>([name](State &state) {
+                               return state.find(name);
+                           })->wait();
+        if (!value)
+            tell(kSilent);
+        return value.value_or(std::nullopt);
+    }
+
+    /// Logs what is wrong, once as long as it stays wrong in the same way.
+    void tell(const QString &trouble)
+    {
+        {
+            const std::lock_guard guard(m_memoryLock);
+            if (std::exchange(m_lastTrouble, trouble) == trouble)
+                return;
+        }
+        qCCritical(platformLog, "%s", qUtf8Printable(trouble));
+    }
+
+private:
+    /// What a secret is to become. Without a value it is to go.
+    struct Wish
+    {
+        quint64 number = 0; ///< tells a wish from a later one for the same name
+        std::optional<QByteArray> value;
+    };
+
+    template<typename Value, typename Call>
+    std::shared_ptr<Answer<Value>> inBackground(Call call)
+    {
+        auto answer = std::make_shared<Answer<Value>>();
+        std::thread([state = shared_from_this(), answer, call] { answer->give(call(*state)); }).detach();
+        return answer;
+    }
+
+    std::optional<QByteArray> find(const SecretName &name)
+    {
+        const std::lock_guard guard(m_clientLock);
         std::optional<QByteArray> value;
         tryOut([&](SecretServiceClient &client) {
             FoundSecret found = client.find(name);
             if (!found.newest && found.isAnyLocked)
                 askToUnlock(name);
             else
-                m_lastTrouble.clear();
+                forgetTrouble();
             value = std::move(found.newest);
         });
         return value;
     }
 
-    void remove(const SecretName &name)
+    /// Does what is wanted of this secret now, which need not be what was wanted when the thread began.
+    void carryOut(const SecretName &name)
     {
-        const std::lock_guard guard(m_lock);
-        m_pending[name] = std::nullopt;
+        const std::lock_guard guard(m_clientLock);
+        const auto wish = wishFor(name);
+        if (!wish)
+            return;
         tryOut([&](SecretServiceClient &client) {
-            if (!client.remove(name)) {
+            if (wish->value && client.isDefaultCollectionReady())
+                client.store(name, *wish->value);
+            else if (wish->value || !client.remove(name)) {
                 askToUnlock(name);
                 return;
             }
-            m_pending.erase(name);
-            m_lastTrouble.clear();
+            forget(name, wish->number);
+            forgetTrouble();
         });
     }
 
-private:
+    [[nodiscard]] std::optional<Wish> wishFor(const SecretName &name)
+    {
+        const std::lock_guard guard(m_memoryLock);
+        const auto found = m_pending.find(name);
+        return found == m_pending.end() ? std::nullopt : std::optional(found->second);
+    }
+
+    /// Ends a wish that has been met, unless there is a later one.
+    void forget(const SecretName &name, quint64 number)
+    {
+        const std::lock_guard guard(m_memoryLock);
+        const auto found = m_pending.find(name);
+        if (found != m_pending.end() && found->second.number == number)
+            m_pending.erase(found);
+    }
+
     /// Runs `call` on the connection, and once more on a fresh one if it fails: the store may have been
-    /// started anew since the last call. Failures end in the log. Under the lock.
+    /// started anew since the last call. Failures end in the log. With m_clientLock.
     template<typename Call>
     void tryOut(Call call)
     {
@@ -96,14 +218,13 @@ private:
         }
     }
 
-    /// Logs what is wrong, once as long as it stays wrong in the same way. Under the lock.
-    void tell(const QString &trouble)
+    void forgetTrouble()
     {
-        if (std::exchange(m_lastTrouble, trouble) != trouble)
-            qCCritical(platformLog, "%s", qUtf8Printable(trouble));
+        const std::lock_guard guard(m_memoryLock);
+        m_lastTrouble.clear();
     }
 
-    /// Has the user asked, on a thread that may wait for him, the first time in a run. Under the lock.
+    /// Has the user asked, on a thread that may wait for him, the first time in a run. With m_clientLock.
     void askToUnlock(const SecretName &name)
     {
         tell(kLocked);
@@ -119,10 +240,15 @@ private:
                 if (client.unlock(name) || client.isDefaultCollectionReady())
                     state->settle(client);
             } catch (const PlatformError &error) {
-                const std::lock_guard guard(state->m_lock);
                 state->tell(QStringLiteral("The secret store stays locked: ") + error.errorDescription());
             }
         }).detach();
+    }
+
+    [[nodiscard]] std::map<SecretName, Wish> wishes()
+    {
+        const std::lock_guard guard(m_memoryLock);
+        return m_pending;
     }
 
     /// Does what had to wait for the store to be unlocked. On the thread of the question.
@@ -130,52 +256,57 @@ private:
     {
         if (isProgramEnding())
             return;
-        std::unique_lock guard(m_lock);
         if (!client.isDefaultCollectionReady()) {
             // Not locked then, but never set up: the first secret has the user asked for a password.
-            const auto pending = m_pending;
-            guard.unlock();
-            for (const auto &[name, value] : pending) {
-                if (value)
-                    client.store(name, *value);
+            const auto before = wishes();
+            for (const auto &[name, wish] : before) {
+                if (wish.value)
+                    client.store(name, *wish.value);
             }
-            guard.lock();
             // What was removed while the question was open must not come back by its answer.
-            for (const auto &[name, value] : pending) {
-                if (value && !m_pending.contains(name))
-                    m_pending[name] = std::nullopt;
+            const std::lock_guard guard(m_memoryLock);
+            for (const auto &[name, wish] : before) {
+                if (wish.value && !m_pending.contains(name))
+                    m_pending[name] = {++m_wishes, std::nullopt};
             }
         }
-        // Under the lock, so that no reader meets an item that is being replaced.
-        for (auto entry = m_pending.begin(); entry != m_pending.end();) {
-            const auto &[name, value] = *entry;
-            if (value)
-                client.store(name, *value);
-            if (value || client.remove(name))
-                entry = m_pending.erase(entry);
-            else
-                ++entry;
+        // With the lock, so that no reader meets an item that is being replaced.
+        const std::lock_guard guard(m_clientLock);
+        for (const auto &[name, wish] : wishes()) {
+            if (wish.value)
+                client.store(name, *wish.value);
+            if (wish.value || client.remove(name))
+                forget(name, wish.number);
         }
-        m_lastTrouble.clear();
+        forgetTrouble();
     }
 
-    std::mutex m_lock;
-    // All of the following is guarded by m_lock.
-    std::unique_ptr<SecretServiceClient> m_client;             ///< absent until needed and after a failure
-    std::map<SecretName, std::optional<QByteArray>> m_pending; ///< what the store lacks; absent: removed
-    QString m_lastTrouble;                                     ///< what the log was told last
-    bool m_hasAsked = false;
+    std::mutex m_clientLock;                       ///< held through calls, before m_memoryLock if both are
+    std::unique_ptr<SecretServiceClient> m_client; ///< absent until needed and after a failure; m_clientLock
+    bool m_hasAsked = false;                       ///< guarded by m_clientLock
+
+    std::mutex m_memoryLock; ///< never held while the store is asked
+    // All of the following is guarded by m_memoryLock.
+    std::map<SecretName, Wish> m_pending; ///< what the store lacks
+    quint64 m_wishes = 0;
+    std::shared_ptr<Answer<bool>> m_lastOutcome;
+    QString m_lastTrouble; ///< what the log was told last
 };
 
 LibsecretStore::LibsecretStore() : m_state(std::make_shared<State>())
 {
 }
 
-LibsecretStore::~LibsecretStore() = default;
+LibsecretStore::~LibsecretStore()
+{
+    // A session that was ended just before the program must not be there at its next start.
+    m_state->waitForTheLast();
+}
 
 void LibsecretStore::save(const QString &service, const QString &account, const QByteArray &data)
 {
-    m_state->save({service, account}, data);
+    if (!m_state->put({service, account}, data)->wait())
+        m_state->tell(kSilent); // memory keeps it
 }
 
 std::optional<QByteArray> LibsecretStore::load(const QString &service, const QString &account)
@@ -185,7 +316,7 @@ std::optional<QByteArray> LibsecretStore::load(const QString &service, const QSt
 
 void LibsecretStore::remove(const QString &service, const QString &account)
 {
-    m_state->remove({service, account});
+    static_cast<void>(m_state->put({service, account}, std::nullopt)); // it is gone for this program at once
 }
 
 } // namespace talvenor

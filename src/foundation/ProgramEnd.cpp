@@ -1,4 +1,4 @@
-#include "platform/linux/network/ProgramEnd.h"
+#include "foundation/ProgramEnd.h"
 
 #include "foundation/Task.h"
 
