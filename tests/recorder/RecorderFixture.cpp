@@ -101,6 +101,9 @@ RecorderFixture::~RecorderFixture()
     // Tasks that a test has left waiting must find no view model when they go on, and what is at work on the
     // pool still looks at the platform.
     viewModel.reset();
+    service->releaseAll();
+    for (qsizetype index = 0; index < speech.started(); ++index)
+        speech.fail(index, 0, QStringLiteral("the test is over")); // those that have ended take no notice
     StorageService::shared().waitUntilSaved();
     do {
         generalPool().waitForDone();

@@ -5,6 +5,8 @@
 #include <QJsonDocument>
 #include <QUrl>
 
+#include <utility>
+
 namespace talvenor::test {
 
 void ScriptedService::answer(const QString &route, int status, const QJsonObject &body)
@@ -20,6 +22,12 @@ void ScriptedService::hold(const QString &route)
 void ScriptedService::release(const QString &route)
 {
     m_held.take(route).resume();
+}
+
+void ScriptedService::releaseAll()
+{
+    for (const OneShot<void> &held : std::exchange(m_held, {}))
+        held.resume();
 }
 
 QList<ScriptedService::Request> ScriptedService::requests(const QString &route) const

@@ -30,6 +30,8 @@ public:
     void hold(const QString &route);
     /// Lets the waiting requests to `route` go on, to the answer that is set by then.
     void release(const QString &route);
+    /// The same for every route, at the end of a test.
+    void releaseAll();
 
     [[nodiscard]] QList<Request> requests(const QString &route) const;
     [[nodiscard]] const QList<Request> &allRequests() const { return m_requests; }

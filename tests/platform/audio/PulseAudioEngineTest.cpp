@@ -6,11 +6,16 @@
 
 #include <QElapsedTimer>
 #include <QFile>
+#include <QLocalServer>
+#include <QProcess>
+#include <QSocketNotifier>
+#include <QTemporaryDir>
 #include <QTest>
 
 #include <csignal>
 #include <cstdlib>
 #include <numeric>
+#include <unistd.h>
 
 using namespace talvenor;
 using namespace talvenor::test;
@@ -22,10 +27,10 @@ constexpr double kRate = 48000;
 /// An engine whose microphone is being listened to.
 struct Listening
 {
-    PulseAudioEngine engine;
     AudioFormat format;
     Recorded recorded;
     std::chrono::steady_clock::time_point startedAt;
+    PulseAudioEngine engine; ///< ends first, for its end still delivers what is queued
 
     explicit Listening(std::function<void(PcmBuffer &)> also = {})
     {
@@ -343,6 +348,29 @@ private Q_SLOTS:
         QVERIFY(microphone.recorded.count() > std::size_t(2 * kRate));
     }
 
+    void theEndOfTheProgramDoesNotWaitForAServerThatHangs()
+    {
+        // Whoever listens here and never speaks is a server that hangs.
+        QTemporaryDir folder;
+        const QString path = folder.filePath(QStringLiteral("silent"));
+        QLocalServer server;
+        QVERIFY(server.listen(path));
+        QProcess program;
+        QProcessEnvironment environment = QProcessEnvironment::systemEnvironment();
+        environment.insert(QStringLiteral("PULSE_SERVER"), QStringLiteral("unix:") + path);
+        program.setProcessEnvironment(environment);
+        program.setProcessChannelMode(QProcess::ForwardedErrorChannel);
+        program.start(QCoreApplication::applicationFilePath(), {QStringLiteral("--ask")});
+        QVERIFY(waitUntil([&] { return server.hasPendingConnections(); }, 20'000));
+        QElapsedTimer clock;
+        clock.start();
+        program.closeWriteChannel(); // the sign to end
+        QVERIFY(waitUntil([&] { return program.state() == QProcess::NotRunning; }, 20'000));
+        QVERIFY2(clock.elapsed() < 3'000, qPrintable(QString::number(clock.elapsed())));
+        QCOMPARE(program.exitStatus(), QProcess::NormalExit);
+        QCOMPARE(program.exitCode(), 0);
+    }
+
     // The last one, since it takes the server away.
     void withoutAServerThereIsNoFormat()
     {
@@ -361,5 +389,23 @@ private Q_SLOTS:
     }
 };
 
-QTEST_GUILESS_MAIN(PulseAudioEngineTest)
+/// The program that a test ends while the sound server is being asked.
+static int runWithOpenQuestion()
+{
+    PulseAudioEngine engine;
+    startTask(qApp, [&engine]() -> Task<> { static_cast<void>(co_await engine.inputFormat()); });
+    QSocketNotifier endSign(STDIN_FILENO, QSocketNotifier::Read);
+    QObject::connect(&endSign, &QSocketNotifier::activated, qApp, &QCoreApplication::quit);
+    return QCoreApplication::exec();
+}
+
+int main(int argc, char *argv[])
+{
+    QCoreApplication application(argc, argv);
+    if (argc == 2 && qstrcmp(argv[1], "--ask") == 0)
+        return runWithOpenQuestion();
+    PulseAudioEngineTest test;
+    return QTest::qExec(&test, argc, argv);
+}
+
 #include "PulseAudioEngineTest.moc"

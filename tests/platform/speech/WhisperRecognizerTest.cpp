@@ -26,7 +26,8 @@ void writeFile(const QString &path, const QByteArray &content)
 
 QStringList temporaryFolders()
 {
-    return QDir::temp().entryList({QStringLiteral("talvenor-speech-*")}, QDir::Dirs | QDir::Hidden);
+    const QDir work(qEnvironmentVariable("XDG_DATA_HOME") + QStringLiteral("/talvenor/work"));
+    return work.entryList(QDir::AllEntries | QDir::Hidden | QDir::NoDotAndDotDot);
 }
 
 } // namespace

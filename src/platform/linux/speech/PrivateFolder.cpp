@@ -4,6 +4,7 @@
 
 #include <QDir>
 #include <QFile>
+#include <QStandardPaths>
 
 #include <cerrno>
 #include <cstdlib>
@@ -17,7 +18,7 @@ namespace talvenor {
 
 namespace {
 
-const QString kPrefix = QStringLiteral("talvenor-speech-");
+const QString kPrefix = QStringLiteral("transcription-");
 const QString kLockName = QStringLiteral("/lock");
 
 // The lock's descriptor, or -1 if another process holds it or there is none.
@@ -32,10 +33,20 @@ int takeLock(const QString &folder, int flags)
     return lock;
 }
 
-void removeAbandonedFolders()
+// A meeting's sound stays where only its user looks, and on the disk: two hours of it are 230 MB, more than
+// the memory that stands behind some systems' temporary folder should be asked for.
+QDir workFolder()
 {
-    const QFileInfoList folders = QDir::temp().entryInfoList(
-        {kPrefix + u'*'}, QDir::Dirs | QDir::NoDotAndDotDot | QDir::NoSymLinks | QDir::Hidden);
+    QDir folder(QStandardPaths::writableLocation(QStandardPaths::GenericDataLocation) +
+                QStringLiteral("/talvenor/work"));
+    static_cast<void>(folder.mkpath(QStringLiteral("."))); // the folder made in it tells of a failure
+    return folder;
+}
+
+void removeAbandonedFolders(const QDir &work)
+{
+    const QFileInfoList folders = work.entryInfoList({kPrefix + u'*'}, QDir::Dirs | QDir::NoDotAndDotDot |
+                                                                           QDir::NoSymLinks | QDir::Hidden);
     for (const QFileInfo &folder : folders) {
         if (folder.ownerId() != ::getuid())
             continue;
@@ -58,8 +69,9 @@ void removeAbandonedFolders()
 
 PrivateFolder::PrivateFolder()
 {
-    removeAbandonedFolders();
-    QByteArray path = QFile::encodeName(QDir::temp().filePath(kPrefix + QStringLiteral("XXXXXX")));
+    const QDir work = workFolder();
+    removeAbandonedFolders(work);
+    QByteArray path = QFile::encodeName(work.filePath(kPrefix + QStringLiteral("XXXXXX")));
     if (::mkdtemp(path.data()) == nullptr)
         throwCannotBeMade(errno);
     m_path = QFile::decodeName(path);

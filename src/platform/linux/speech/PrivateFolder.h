@@ -4,7 +4,8 @@
 
 namespace talvenor {
 
-/// A temporary folder that only the user can read, removed with all that is in it when this object ends.
+/// A temporary folder in the program's own data folder that only the user can read, removed with all that is
+/// in it when this object ends.
 ///
 /// What a killed program has left behind is removed when the next folder is made: each is locked by the
 /// process that owns it, and the lock goes with the process. One thread at a time; touches the disk.
