@@ -89,8 +89,10 @@ int runApplication(QApplication &application)
     installLinuxPlatform();
     const int code = showWindow(application);
     StorageService::shared().waitUntilSaved();
-    // An open panel is a window and cannot outlive the application object.
+    // An open panel is a window and cannot outlive the application object, nor can what listens on the
+    // session bus.
     Platform::shared().filePanels.reset();
+    Platform::shared().colorScheme.reset();
     return code;
 }
 

@@ -3,6 +3,7 @@
 #include "platform/AudioEngine.h"
 #include "platform/AudioFile.h"
 #include "platform/Authorization.h"
+#include "platform/ColorScheme.h"
 #include "platform/FilePanels.h"
 #include "platform/HttpTransport.h"
 #include "platform/SecretStore.h"
@@ -40,6 +41,7 @@ struct Platform
     std::shared_ptr<SecretStore> secretStore;
     std::shared_ptr<HttpTransport> httpTransport;
     std::shared_ptr<FilePanels> filePanels;
+    std::shared_ptr<ColorSchemePreference> colorScheme;
 
     /// The one platform of the process.
     [[nodiscard]] static Platform &shared();

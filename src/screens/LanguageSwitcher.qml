@@ -51,6 +51,7 @@ Rectangle {
                 AccentFill {
                     anchors.fill: parent
                     radius: 7
+                    isHorizontal: true
                     visible: choice.isSelected
                 }
                 Text {

@@ -22,5 +22,6 @@ Rectangle {
         width: Math.max(meter.level > 0 ? meter.height : 0, meter.width * Math.min(1, Math.max(0, meter.level)))
         height: parent.height
         radius: 4
+        isHorizontal: true
     }
 }

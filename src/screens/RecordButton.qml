@@ -24,7 +24,6 @@ T.AbstractButton {
             radius: width / 2
             opacity: button.hovered || button.down ? 0.9 : 1
             isRecording: button.isRecording
-            isDiagonal: true
         }
         Rectangle {
             anchors.fill: parent

@@ -1,46 +1,85 @@
 pragma Singleton
 
 import QtQuick
+import Talvenor
 
-/// Colours, sizes and text styles that the screens share. Colours follow the palette of the desktop.
+/// Colours, sizes and text styles that the screens share; the one place for each of them.
+///
+/// Colours follow the colour scheme of the desktop. The hierarchical colours are opaque, so that their contrast can be
+/// counted on: on the window's background and on a sheet, secondary has at least 4.5 to 1 and tertiary 3 to 1 (WCAG 2).
 QtObject {
     id: theme
 
-    readonly property SystemPalette palette: SystemPalette {}
-    readonly property bool isDark: palette.window.hslLightness < 0.5
+    readonly property bool isDark: Appearance.isDark
 
-    readonly property color purple: Qt.rgba(0.42, 0.36, 0.91, 1)
-    readonly property color blue: Qt.rgba(0.04, 0.52, 0.89, 1)
-    readonly property color recordingStart: Qt.rgba(1, 0.23, 0.19, 1)
-    readonly property color recordingEnd: Qt.rgba(0.91, 0.12, 0.39, 1)
+    // The accent, and the colours of a running recording.
+    readonly property color purple: "#6b5ce8"
+    readonly property color blue: "#0a85e3"
+    readonly property color recordingStart: "#ff3b30"
+    readonly property color recordingEnd: "#e81f63"
+
+    // Named colours of the platform, each in a shade that can be read as a text in its scheme.
     readonly property color red: isDark ? "#ff6961" : "#c9221a"
-    readonly property color orange: isDark ? "#ffb340" : "#a85a00"
+    readonly property color orange: isDark ? "#ffb340" : "#a85400"
+    readonly property color yellow: isDark ? "#ffd426" : "#b88600"
     readonly property color green: isDark ? "#30d158" : "#1b7a34"
+    readonly property color systemPurple: isDark ? "#cc80f7" : "#8944ab"
+    readonly property color white: "#ffffff"
+    readonly property color black: "#000000"
+    readonly property color clear: "transparent"
+
+    // What is in front, by its rank.
+    readonly property color primary: isDark ? "#f2f2f5" : "#1d1d1f"
+    readonly property color secondary: isDark ? "#a6a6ad" : "#5f5f66"
+    readonly property color tertiary: isDark ? "#84848b" : "#808087"
+    readonly property color quaternary: isDark ? "#4e4e54" : "#c9c9ce"
     /// The accent where it is text: light enough for a dark window, and dark enough for a light one.
     readonly property color accentText: isDark ? "#a79ffb" : "#5a4bd1"
-
-    readonly property color windowBackground: palette.window
-    readonly property color primary: palette.windowText
-    readonly property color secondary: withOpacity(primary, 0.66)
-    readonly property color tertiary: withOpacity(primary, 0.56)
-    readonly property color divider: withOpacity(primary, 0.14)
-    readonly property color sheet: isDark ? Qt.lighter(palette.window, 1.25) : "#ffffff"
-    readonly property color fieldFill: isDark ? Qt.rgba(1, 1, 1, 0.06) : Qt.rgba(0, 0, 0, 0.04)
-    readonly property color surface: isDark ? Qt.rgba(1, 1, 1, 0.04) : Qt.rgba(0, 0, 0, 0.03)
-    readonly property color selectedSurface: isDark ? Qt.rgba(1, 1, 1, 0.1) : withOpacity(purple, 0.12)
-    readonly property color sidebar: isDark ? Qt.rgba(1, 1, 1, 0.02) : Qt.rgba(1, 1, 1, 0.45)
     readonly property color focusRing: isDark ? "#8f85ff" : purple
+    readonly property color divider: withOpacity(primary, isDark ? 0.12 : 0.1)
 
-    readonly property int title: 25
-    readonly property int title2: 20
-    readonly property int title3: 17
-    readonly property int body: 15
-    readonly property int subheadline: 13
-    readonly property int caption: 12
-    readonly property int caption2: 11
+    // What lies behind.
+    readonly property color windowBackground: isDark ? "#1e1e20" : "#f5f5f7"
+    readonly property color sheet: isDark ? "#28282b" : "#fafafc"
+    /// Menus, tooltips and lists that drop down.
+    readonly property color popup: isDark ? "#323236" : "#ffffff"
+    readonly property color popupBorder: isDark ? Qt.rgba(1, 1, 1, 0.12) : Qt.rgba(0, 0, 0, 0.12)
+    /// Over the window while a sheet is up.
+    readonly property color scrim: Qt.rgba(0, 0, 0, isDark ? 0.5 : 0.28)
+    /// The ultra-thin material: of what lies behind, this much is let through. There is no blur in it.
+    readonly property color material: isDark ? Qt.rgba(0.2, 0.2, 0.21, 0.6) : Qt.rgba(1, 1, 1, 0.6)
+    readonly property color surface: isDark ? Qt.rgba(1, 1, 1, 0.04) : Qt.rgba(0, 0, 0, 0.03)
+    readonly property color selectedSurface: isDark ? Qt.rgba(1, 1, 1, 0.08) : withOpacity(purple, 0.08)
+    readonly property color cardFill: isDark ? Qt.rgba(1, 1, 1, 0.04) : "#ffffff"
+    readonly property color cardBorder: isDark ? Qt.rgba(1, 1, 1, 0.06) : Qt.rgba(0, 0, 0, 0.04)
+    readonly property color cardShadow: Qt.rgba(0, 0, 0, isDark ? 0 : 0.04)
+    readonly property color playerBar: isDark ? Qt.rgba(1, 1, 1, 0.02) : Qt.rgba(0, 0, 0, 0.02)
+    readonly property color fieldFill: isDark ? Qt.rgba(1, 1, 1, 0.06) : Qt.rgba(0, 0, 0, 0.04)
+    readonly property color sidebar: isDark ? Qt.rgba(1, 1, 1, 0.02) : Qt.rgba(1, 1, 1, 0.45)
 
+    /// Text sizes are given for a screen that is looked at from nearer; here they are this many hundredths of it, and
+    /// with them the sheets that are made for their texts.
+    readonly property int textScale: 115
+    readonly property int title: scaled(22)
+    readonly property int title2: scaled(17)
+    readonly property int title3: scaled(15)
+    /// Goes with Font.Bold.
+    readonly property int headline: scaled(13)
+    readonly property int body: scaled(13)
+    readonly property int subheadline: scaled(11)
+    readonly property int caption: scaled(10)
+    readonly property int caption2: scaled(10)
+    /// For numbers that change in place.
+    readonly property string monospaced: Appearance.monospacedFamily
+
+    /// A text size, or the size of a sheet, as it is here; rounded half up, in whole numbers so that no half is lost.
+    function scaled(size: int): int {
+        return Math.floor((size * textScale + 50) / 100);
+    }
+
+    /// The colour with that fraction of its own opacity.
     function withOpacity(colour: color, opacity: real): color {
-        return Qt.rgba(colour.r, colour.g, colour.b, opacity);
+        return Qt.rgba(colour.r, colour.g, colour.b, colour.a * opacity);
     }
 
     /// The colour of a recording's status, given as it stands in the file.
@@ -51,7 +90,7 @@ QtObject {
         case "transcribing":
             return orange;
         case "summarizing":
-            return accentText;
+            return systemPurple;
         default:
             return red;
         }

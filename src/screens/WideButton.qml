@@ -65,6 +65,7 @@ T.Button {
         radius: 12
         opacity: button.hovered || button.down ? 0.9 : 1
         isRecording: button.record.isRecording
+        isHorizontal: true
 
         FocusRing {
             radius: 15

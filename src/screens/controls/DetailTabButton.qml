@@ -42,6 +42,7 @@ Item {
         width: parent.width - 16
         height: 2
         radius: 1
+        isHorizontal: true
         visible: tab.isSelected
     }
     FocusRing {
