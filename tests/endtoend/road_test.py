@@ -112,6 +112,28 @@ class Road(unittest.TestCase):
         self.assertIn("Susan Miller", text)
 
 
+class Quitting(unittest.TestCase):
+    def test_closing_the_window_while_recording_keeps_the_sound_and_leaves_the_entry_as_it_stands(self):
+        program.write_settings(appLanguage="en", autoTranscribe="false")
+        with program.make_service(folder="service-quitting") as service:
+            with program.make_application(service.url) as application:
+                window = application.window()
+                program.sign_in(window)
+                window.find("push button", "Record").press()
+                window.find("push button", "Stop Recording")
+                speak("near", "awb", "This sentence is spoken before the window is closed.")
+                entry = program.new_entry()
+                self.assertEqual(application.close(), 0)
+            self.assertEqual(program.new_entry()["status"], "recording")
+            length = subprocess.run(
+                ["ffprobe", "-v", "error", "-show_entries", "format=duration", "-of", "csv=p=0",
+                 program.storage() / "Recordings" / entry["audioFileName"]], check=True, capture_output=True, text=True)
+            self.assertGreater(float(length.stdout), 2)
+            with program.make_application(service.url) as application:
+                application.window().find("list item", description=re.compile("Recording$"))
+                self.assertEqual(application.close(), 0)
+
+
 class Limits(unittest.TestCase):
     def test_a_free_account_beyond_its_limit_is_refused_with_an_alert(self):
         program.write_settings(appLanguage="en", autoTranscribe="false")

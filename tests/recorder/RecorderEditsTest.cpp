@@ -118,6 +118,33 @@ private Q_SLOTS:
         QCOMPARE(fixture.savedList().at(0)[QStringLiteral("participants")].toArray().size(), 0);
     }
 
+    void anExportAfterTheLastParticipantIsGoneNamesNobody()
+    {
+        RecorderFixture fixture;
+        fixture.signIn();
+        Recording entry = entryNamed(QStringLiteral("a"), 0);
+        entry.participants = {{QUuid::createUuid(), QStringLiteral("Anna"), false}};
+        fixture.writeList({entry});
+        RecorderViewModel &viewModel = fixture.start();
+        viewModel.setSelectedRecording(viewModel.recordings().first());
+        const auto exported = [&] {
+            viewModel.exportRecording(*viewModel.selectedRecording());
+            const QString target = fixture.folder.filePath(QString::number(fixture.panels->panels.size()) +
+                                                           QStringLiteral(".md"));
+            fixture.panels->panels.last().completion(PanelResponse::ok, target);
+            const auto text = [&target] {
+                QFile file(target);
+                return file.open(QIODevice::ReadOnly) ? file.readAll() : QByteArray();
+            };
+            return waitUntil([&] { return !text().isEmpty(); }) ? text() : QByteArray();
+        };
+        QVERIFY(exported().contains("Anna"));
+        viewModel.removeParticipant(*viewModel.selectedRecording(), entry.participants.first().id);
+        const QByteArray text = exported();
+        QVERIFY(text.startsWith("# a\n"));
+        QVERIFY(!text.contains("Anna") && !text.contains("Participants"));
+    }
+
     void anEditedNameStaysMarkedAsDetected()
     {
         RecorderFixture fixture;

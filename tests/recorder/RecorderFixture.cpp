@@ -34,6 +34,8 @@ public:
             const OneShot<void> gate = *m_fixture.microphoneGate;
             co_await gate;
         }
+        if (!m_fixture.microphoneStarts)
+            throw PlatformError(QStringLiteral("microphone"), 1, QStringLiteral("The microphone is in use."));
     }
     void stop() override {}
 

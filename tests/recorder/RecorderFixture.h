@@ -45,6 +45,7 @@ public:
     std::shared_ptr<ScriptedAuthorization> authorization = std::make_shared<ScriptedAuthorization>();
     ScriptedSpeech speech;
     bool hasMicrophone = true;
+    bool microphoneStarts = true;
     std::function<void()> whenEngineIsMade;      ///< called as capture begins
     std::function<void()> whenFileIsFinished;    ///< called by the thread that finishes a file
     std::optional<OneShot<void>> microphoneGate; ///< the microphone starts only when it is resumed

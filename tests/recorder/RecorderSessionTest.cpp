@@ -269,6 +269,22 @@ private Q_SLOTS:
         QVERIFY(fixture.service->requests(QStringLiteral("POST /auth/record")).isEmpty());
     }
 
+    void theFileOfAStartThatFailsLaterIsLeftBehind()
+    {
+        RecorderFixture fixture;
+        fixture.signIn();
+        fixture.microphoneStarts = false;
+        RecorderViewModel &viewModel = fixture.start();
+        viewModel.startRecording();
+        const QString path = fixture.folder.path() + QStringLiteral("/Recordings/") +
+                             viewModel.recordings().first().audioFileName;
+        QVERIFY(waitUntil([&] { return viewModel.showError(); }));
+        QCOMPARE(viewModel.errorMessage(), std::optional(QStringLiteral("The microphone is in use.")));
+        QVERIFY(viewModel.recordings().isEmpty());
+        QCOMPARE(fixture.savedList().size(), 0);
+        QVERIFY2(QFile::exists(path), "sound that may be in it is not ours to throw away");
+    }
+
     void aFileThatCannotBeCreatedIsTold()
     {
         RecorderFixture fixture;
