@@ -106,7 +106,6 @@ void setEvenStops(QGradient &gradient, const QList<QColor> &colors)
         stops.append({0, QColor(Qt::transparent)});
     for (qsizetype i = 1; i < stops.size(); ++i)
         stops[i].first = static_cast<qreal>(i) / static_cast<qreal>(stops.size() - 1);
-    gradient.setInterpolationMode(QGradient::ComponentInterpolation);
     gradient.setStops(stops);
 }
 

@@ -40,7 +40,6 @@ void RadialFill::paintPicture(QPainter &painter) const
     const QPointF center = centerPoint();
     const qreal start = std::clamp(m_startRadius, 0.0, m_endRadius);
     QRadialGradient gradient(center, m_endRadius);
-    gradient.setInterpolationMode(QGradient::ComponentInterpolation);
     gradient.setColorAt(0, m_color);
     gradient.setColorAt(std::min(start / m_endRadius, 0.9999), m_color);
     gradient.setColorAt(1, Qt::transparent);
