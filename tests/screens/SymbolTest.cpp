@@ -1,5 +1,6 @@
 #include "screens/paint/Symbol.h"
 #include "screens/ScreensModule.h"
+#include "screens/paint/SymbolFit.h"
 #include "screens/paint/SymbolImages.h"
 #include "support/Await.h"
 #include "support/LogCapture.h"
@@ -175,13 +176,19 @@ private Q_SLOTS:
         QFETCH(const QString, name);
         if (name.endsWith(QStringLiteral(".fill")))
             return; // filled forms keep their area; the lines cut out of them grow
+        const auto ink = [&](int size, Symbol::Weight weight) {
+            return inkOf(imageOf(lookOf(name, size, weight)));
+        };
         for (const int size : fontSizes) {
+            QVERIFY2(ink(size, Symbol::Bold) > ink(size, Symbol::Light), qPrintable(QString::number(size)));
+            if (size < 12)
+                continue; // too few pixels for five weights
             double before = 0;
             for (const auto weight :
                  {Symbol::Light, Symbol::Regular, Symbol::Medium, Symbol::Semibold, Symbol::Bold}) {
-                const double ink = inkOf(imageOf(lookOf(name, size, weight)));
-                QVERIFY2(ink > before, qPrintable(QStringLiteral("%1 at %2").arg(weight).arg(size)));
-                before = ink;
+                const double now = ink(size, weight);
+                QVERIFY2(now > before, qPrintable(QStringLiteral("%1 at %2").arg(weight).arg(size)));
+                before = now;
             }
         }
     }
@@ -242,6 +249,45 @@ private Q_SLOTS:
         const QImage image = imageOf(lookOf(QStringLiteral("xmark.circle.fill"), 96));
         QCOMPARE(qAlpha(image.pixel(60, 60)), 0);
         QCOMPARE(qAlpha(image.pixel(60, 20)), 255);
+    }
+
+    void levelLinesFillWholePixelsAtSmallSizes()
+    {
+        for (int size = 9; size <= 24; ++size) {
+            const QImage image = imageOf(lookOf(QStringLiteral("text.alignleft"), size));
+            QList<int> rows;
+            for (int y = 0; y < image.height(); ++y) {
+                const auto opacity = [&](int row) { return qAlpha(image.pixel(image.width() / 3, row)); };
+                if (opacity(y) > 215 && (y == 0 || opacity(y - 1) <= 215))
+                    rows.append(y);
+            }
+            QVERIFY2(rows.size() == 4, qPrintable(QString::number(size)));
+            // What is equally far apart in the drawing stays so.
+            QCOMPARE(rows[2] - rows[1], rows[1] - rows[0]);
+            QCOMPARE(rows[3] - rows[2], rows[1] - rows[0]);
+        }
+    }
+
+    void movingLinesOntoPixelsLeavesASymbolWhereItWas_data() { eachDrawing(); }
+    void movingLinesOntoPixelsLeavesASymbolWhereItWas()
+    {
+        QFETCH(const QString, name);
+        const double large = SymbolImages::boxForFontSize(96);
+        const QPointF expected = centreOfMass(imageOf(lookOf(name, 96))) / large;
+        for (const int size : {9, 12, 14, 16}) {
+            const SymbolLook look = lookOf(name, size);
+            const QPointF off = centreOfMass(imageOf(look)) - expected * look.box;
+            QVERIFY2(std::hypot(off.x(), off.y()) < 1,
+                     qPrintable(QStringLiteral("%1: %2 %3").arg(size).arg(off.x()).arg(off.y())));
+        }
+    }
+
+    void whatIsNoDrawingIsLeftAsItIs()
+    {
+        for (const QByteArray text : {"", "<svg", "no drawing at all", "<svg><g></svg>"})
+            QCOMPARE(fittedToPixels(text, 0.5), text);
+        const QByteArray odd = "<svg xmlns=\"http://www.w3.org/2000/svg\"><path d=\"M1 2q3 4 5 6\"/></svg>";
+        QVERIFY(fittedToPixels(odd, 0.5).contains("M1 2q3 4 5 6"));
     }
 
     void aSharperScreenGetsMorePixelsInTheSameBox()

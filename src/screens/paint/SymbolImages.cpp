@@ -1,6 +1,7 @@
 #include "screens/paint/SymbolImages.h"
 
 #include "platform/UnifiedLog.h"
+#include "screens/paint/SymbolFit.h"
 
 #include <QDir>
 #include <QFile>
@@ -23,6 +24,8 @@ constexpr double gridSize = 24;
 constexpr double regularStroke = 1.75;
 /// Device pixels below which a regular line would fade.
 constexpr double thinnestLine = 1;
+/// Pictures up to this many pixels wide have their lines moved onto pixels; in larger ones it would not show.
+constexpr int largestFitted = 48;
 constexpr double dimmedOpacity = 0.35;
 
 /// The factor that line widths get: the weight's, or at small sizes whatever keeps lines from fading, still
@@ -152,6 +155,8 @@ QImage SymbolImages::mask(SymbolLook look)
     if (look.litLayer > 0)
         text = withOneLayerLit(text, source.layerCount, look.litLayer);
     const int side = static_cast<int>(std::ceil(look.box * look.devicePixelRatio));
+    if (side <= largestFitted)
+        text = fittedToPixels(text, side / gridSize);
     QImage picture(side, side, QImage::Format_ARGB32_Premultiplied);
     picture.fill(Qt::transparent);
     QSvgRenderer renderer(text);
