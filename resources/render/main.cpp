@@ -16,7 +16,7 @@ void writeContactSheets(const QString &folder)
     for (const bool isDark : {false, true}) {
         const QString path =
             folder + (isDark ? QStringLiteral("/symbols-dark.png") : QStringLiteral("/symbols-light.png"));
-        if (!QDir().mkpath(folder) || !render::contactSheet(isDark).save(path))
+        if (!QDir().mkpath(folder) || !render::contactSheet(isDark).save(path, "PNG", 0))
             throw PlatformError(QStringLiteral("image"), 0, path + QStringLiteral(" could not be written"));
     }
 }

@@ -154,12 +154,13 @@ void Symbol::lightNextLayer()
     polish();
 }
 
-/// False once the item has been scrolled out of what its ancestors and the window show.
+/// False while the item is faded out or scrolled out of what its ancestors and the window show.
 bool Symbol::isOnScreen() const
 {
     QRectF seen = mapRectToScene(boundingRect()) & QRectF(QPointF(), window()->size());
-    for (const QQuickItem *ancestor = parentItem(); ancestor && !seen.isEmpty();
-         ancestor = ancestor->parentItem()) {
+    for (const QQuickItem *ancestor = this; ancestor && !seen.isEmpty(); ancestor = ancestor->parentItem()) {
+        if (!(ancestor->opacity() > 0))
+            return false;
         if (ancestor->clip())
             seen &= ancestor->mapRectToScene(ancestor->clipRect());
     }
