@@ -43,6 +43,22 @@ function(talvenor_add_test name)
     endif()
 endfunction()
 
+# talvenor_set_sanitizer_options(TEST_NAME)
+#
+# How the sanitizers judge a test, where the build has one: with our lists of what is other makers' business.
+function(talvenor_set_sanitizer_options test_name)
+    if(NOT TALVENOR_SANITIZER)
+        return()
+    endif()
+    set(lists "${CMAKE_SOURCE_DIR}/tests/support/sanitizers")
+    # QProcess makes its children with vfork, in which the thread sanitizer marks the parent's memory as that of a
+    # forked child; it would then refuse to start threads.
+    string(JOIN " " thread_options "suppressions=${lists}/tsan.supp" second_deadlock_stack=1
+        ignore_noninstrumented_modules=1 die_after_fork=0)
+    set_tests_properties(${test_name} PROPERTIES ENVIRONMENT
+        "LSAN_OPTIONS=suppressions=${lists}/lsan.supp;TSAN_OPTIONS=${thread_options};UBSAN_OPTIONS=print_stacktrace=1")
+endfunction()
+
 # talvenor_register_test(TEST_NAME TARGET [DESKTOP options...] [TIMEOUT seconds] [ARGUMENTS ...])
 #
 # Registers one more run of a test program, for instance on another audio server.
@@ -55,8 +71,5 @@ function(talvenor_register_test test_name target)
         COMMAND "${CMAKE_SOURCE_DIR}/tests/support/virtual-desktop" ${ARG_DESKTOP} --
                 $<TARGET_FILE:${target}> ${ARG_ARGUMENTS})
     set_tests_properties(${test_name} PROPERTIES TIMEOUT ${ARG_TIMEOUT})
-    if(TALVENOR_SANITIZER)
-        set_tests_properties(${test_name} PROPERTIES ENVIRONMENT
-            "LSAN_OPTIONS=suppressions=${CMAKE_SOURCE_DIR}/tests/support/sanitizers/lsan.supp;TSAN_OPTIONS=suppressions=${CMAKE_SOURCE_DIR}/tests/support/sanitizers/tsan.supp second_deadlock_stack=1 ignore_noninstrumented_modules=1;UBSAN_OPTIONS=print_stacktrace=1")
-    endif()
+    talvenor_set_sanitizer_options(${test_name})
 endfunction()

@@ -5,6 +5,7 @@
 #include "audio/MicrophoneTap.h"
 #include "foundation/LocalizedError.h"
 #include "foundation/ProgrammingError.h"
+#include "foundation/ThreadPool.h"
 #include "platform/Platform.h"
 
 #include <QFileInfo>
@@ -75,7 +76,7 @@ Task<std::optional<double>> AudioCaptureService::startMicrophone(QString url)
     m_ringBuffer->reset();
     setHasSystemAudio(false);
     const std::shared_ptr<AudioEngine> engine = Platform::shared().createAudioEngine();
-    m_finisher.start([previous = std::exchange(m_engine, engine)]() mutable { previous.reset(); });
+    startOnPool(m_finisher, [previous = std::exchange(m_engine, engine)]() mutable { previous.reset(); });
     co_await finished();
     if (isOver())
         co_return std::nullopt;
@@ -204,8 +205,8 @@ std::optional<QString> AudioCaptureService::stopRecording()
         });
     }
     // What follows waits for a tap that may be caught in a write to a slow disk, and writes itself.
-    m_finisher.start([engine = std::exchange(m_engine, nullptr), writer = m_writer, ringBuffer = m_ringBuffer,
-                      url = m_recordingURL]() mutable {
+    startOnPool(m_finisher, [engine = std::exchange(m_engine, nullptr), writer = m_writer,
+                             ringBuffer = m_ringBuffer, url = m_recordingURL]() mutable {
         // The tap is gone before the file is finished, so that no buffer reaches a closed writer.
         if (engine) {
             engine->removeTap();
@@ -232,7 +233,7 @@ Task<> AudioCaptureService::finished()
 {
     // One thread takes one piece of work after the other, so this one comes after all that was begun before.
     const OneShot<void> done;
-    m_finisher.start([done] { static_cast<void>(done.resume()); }); // settled only here
+    startOnPool(m_finisher, [done] { static_cast<void>(done.resume()); }); // settled only here
     co_await done;
 }
 

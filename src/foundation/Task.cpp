@@ -2,8 +2,7 @@
 
 #include "foundation/LocalizedError.h"
 #include "foundation/ProgrammingError.h"
-
-#include <atomic>
+#include "foundation/ThreadPool.h"
 
 namespace talvenor {
 
@@ -35,14 +34,7 @@ QThreadPool &generalPool()
 
 void startOnGeneralPool(std::function<void()> work)
 {
-    // Qt hands work over under a mutex that the thread sanitizer cannot see; this it does see.
-    static std::atomic<unsigned> handOver = 0;
-    std::function<void()> job = [work = std::move(work)] {
-        static_cast<void>(handOver.load(std::memory_order_acquire));
-        work();
-    };
-    handOver.fetch_add(1, std::memory_order_release);
-    generalPool().start(std::move(job));
+    startOnPool(generalPool(), std::move(work));
 }
 
 void startTask(QObject *context, std::function<Task<>()> operation)

@@ -1,6 +1,7 @@
 #include "platform/linux/media/FastStartRewriter.h"
 
 #include "foundation/LocalizedError.h"
+#include "foundation/ThreadPool.h"
 #include "platform/UnifiedLog.h"
 #include "platform/linux/media/LibavError.h"
 #include "platform/linux/media/LibavPointers.h"
@@ -160,7 +161,7 @@ void rewrite(int fd, const QString &path)
 void rewriteForFastStart(FileDescriptor file, QString path)
 {
     auto shared = std::make_shared<FileDescriptor>(std::move(file));
-    rewriterPool().start([shared, path = std::move(path)] {
+    startOnPool(rewriterPool(), [shared, path = std::move(path)] {
         try {
             rewrite(shared->get(), path);
         } catch (...) {
