@@ -16,7 +16,10 @@ void AppDelegate::applicationDidFinishLaunching()
     (void)settings.storageURL();
     (void)settings.audioDirectory();
 
-    const QIcon icon(QStringLiteral(":/talvenor/AppIcon.png"));
+    QIcon icon(QStringLiteral(":/talvenor/AppIcon.png"));
+    // Task bars show small icons, which have drawings of their own.
+    for (const int size : {16, 22, 24, 32, 48, 64})
+        icon.addFile(QStringLiteral(":/talvenor/icons/%1x%1/talvenor.png").arg(size));
     if (!icon.isNull())
         QGuiApplication::setWindowIcon(icon);
 

@@ -163,7 +163,7 @@ QImage SymbolImages::mask(SymbolLook look)
     QPainter painter(&picture);
     renderer.render(&painter, QRectF(0, 0, side, side));
     painter.end();
-    const QImage ink = inkOf(picture);
+    QImage ink = inkOf(picture);
     m_masks.insert(look, new QImage(ink), ink.sizeInBytes());
     return ink;
 }
