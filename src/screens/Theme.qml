@@ -82,6 +82,18 @@ QtObject {
         return Qt.rgba(colour.r, colour.g, colour.b, colour.a * opacity);
     }
 
+    /// The text as what fits into one line can show it: line breaks and control characters as spaces, and cut where no
+    /// screen is that wide, so that a name of megabytes is not laid out whole.
+    function oneLine(text: string): string {
+        const beginning = text.length > 1000 ? text.slice(0, 1000) + "…" : text;
+        return beginning.replace(/[\u0000-\u001f\u007f-\u009f\u2028\u2029]+/g, " ");
+    }
+
+    /// The text, cut where nobody reads on; for messages that come from elsewhere.
+    function bounded(text: string): string {
+        return text.length > 4000 ? text.slice(0, 4000) + "…" : text;
+    }
+
     /// The colour of a recording's status, given as it stands in the file.
     function statusColour(status: string): color {
         switch (status) {

@@ -139,7 +139,7 @@ RenderedScene::~RenderedScene()
     Platform::shared().colorScheme.reset();
 }
 
-void RenderedScene::setScheme(ColorScheme scheme)
+void RenderedScene::setScheme(std::optional<ColorScheme> scheme)
 {
     m_scheme->set(scheme);
 }

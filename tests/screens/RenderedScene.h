@@ -44,8 +44,9 @@ public:
     ~RenderedScene();
     Q_DISABLE_COPY_MOVE(RenderedScene)
 
-    /// Light and English unless set. The scheme stays with the scene; the language is the program's.
-    void setScheme(ColorScheme scheme);
+    /// Light and English unless set. The scheme stays with the scene (nothing means that the desktop has no
+    /// preference); the language is the program's.
+    void setScheme(std::optional<ColorScheme> scheme);
     static void setLanguage(AppLanguage language);
 
     [[nodiscard]] QQuickWindow &window() const { return *m_window; }

@@ -4,17 +4,25 @@ import QtQuick
 import QtQuick.Templates as T
 import Talvenor
 
-/// A context menu; entries that do not apply are not added.
+/// A context menu, as wide as its widest entry; entries that do not apply are not added.
 T.Menu {
     id: menu
+
+    property real widest: 200
 
     padding: 5
     focus: true
     margins: 8
     overlap: 0
-    implicitWidth: 200
+    implicitWidth: widest
     implicitHeight: contentItem.implicitHeight + topPadding + bottomPadding
     closePolicy: T.Popup.CloseOnEscape | T.Popup.CloseOnPressOutside
+    onAboutToShow: {
+        let width = 200;
+        for (let i = 0; i < count; ++i)
+            width = Math.max(width, itemAt(i).implicitWidth + leftPadding + rightPadding);
+        widest = Math.min(360, width);
+    }
 
     contentItem: ListView {
         implicitHeight: contentHeight
@@ -22,10 +30,5 @@ T.Menu {
         currentIndex: menu.currentIndex
         interactive: false
     }
-    background: Rectangle {
-        radius: 9
-        color: Theme.sheet
-        border.width: 1
-        border.color: Theme.divider
-    }
+    background: PopupBackground {}
 }

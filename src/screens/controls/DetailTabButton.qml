@@ -6,12 +6,13 @@ Item {
     id: tab
 
     required property string title
+    property string icon
     required property bool isSelected
 
     signal clicked
 
-    implicitWidth: label.implicitWidth + 24
-    implicitHeight: label.implicitHeight + 22
+    implicitWidth: content.implicitWidth + 16
+    implicitHeight: content.implicitHeight + 10
     activeFocusOnTab: true
 
     Accessible.role: Accessible.PageTab
@@ -28,22 +29,48 @@ Item {
     Keys.onLeftPressed: nextItemInFocusChain(false).forceActiveFocus(Qt.TabFocusReason)
     Keys.onRightPressed: nextItemInFocusChain(true).forceActiveFocus(Qt.TabFocusReason)
 
-    Text {
-        id: label
-        anchors.centerIn: parent
-        text: tab.title
-        color: tab.isSelected ? Theme.primary : Theme.secondary
-        font.pixelSize: Theme.subheadline
-        font.weight: tab.isSelected ? Font.DemiBold : Font.Normal
-    }
-    AccentFill {
-        anchors.bottom: parent.bottom
-        anchors.horizontalCenter: parent.horizontalCenter
-        width: parent.width - 16
-        height: 2
-        radius: 1
-        isHorizontal: true
-        visible: tab.isSelected
+    Column {
+        id: content
+        x: 8
+        y: 10
+        spacing: 8
+
+        Item {
+            implicitWidth: row.implicitWidth + 8
+            implicitHeight: row.implicitHeight
+
+            Row {
+                id: row
+                x: 4
+                spacing: 6
+
+                Symbol {
+                    anchors.verticalCenter: parent.verticalCenter
+                    visible: tab.icon.length > 0
+                    name: tab.icon
+                    size: Theme.caption2
+                    weight: tab.isSelected ? Symbol.Semibold : Symbol.Regular
+                    color: label.color
+                }
+                Text {
+                    id: label
+                    anchors.verticalCenter: parent.verticalCenter
+                    text: tab.title
+                    color: tab.isSelected ? Theme.primary : Theme.secondary
+                    font.pixelSize: Theme.subheadline
+                    font.weight: tab.isSelected ? Font.DemiBold : Font.Normal
+                    textFormat: Text.PlainText
+                }
+            }
+        }
+        AccentFill {
+            objectName: "underline"
+            width: parent.width
+            height: 2
+            radius: 1
+            isHorizontal: true
+            opacity: tab.isSelected ? 1 : 0
+        }
     }
     FocusRing {
         anchors.margins: 3
@@ -52,5 +79,9 @@ Item {
     }
     TapHandler {
         onTapped: tab.clicked()
+    }
+    HoverHandler {
+        id: pointer
+        cursorShape: Qt.PointingHandCursor
     }
 }

@@ -2,10 +2,10 @@ import QtQuick
 import Talvenor
 
 /// Shows where the keyboard is; put into the item that has the focus.
-Rectangle {
+GradientFill {
     anchors.fill: parent
     anchors.margins: -3
-    color: "transparent"
-    border.width: 2
-    border.color: Theme.focusRing
+    radius: 9
+    borderWidth: 2
+    borderStartColor: Theme.focusRing
 }

@@ -2,18 +2,23 @@ import QtQuick
 import Talvenor
 
 /// A one-line text field. Its name is its visible label, else the placeholder. A secure one shows bullets only, on
-/// the screen and in the accessibility tree.
+/// the screen and in the accessibility tree, and gives nothing to the clipboard.
+///
+/// The text is exactly what was put in, however long. Line breaks and control characters in it stay, and are shown as
+/// spaces.
 FocusScope {
     id: field
 
     property alias text: input.text
     property alias inputMethodHints: input.inputMethodHints
     property alias font: input.font
+    property alias readOnly: input.readOnly
     property string placeholder
     property string label: placeholder
     property bool isSecure: false
     property real cornerRadius: 8
     property bool hasFill: true
+    property real padding: 10
 
     signal accepted
 
@@ -22,14 +27,14 @@ FocusScope {
     }
 
     implicitWidth: 200
-    implicitHeight: input.implicitHeight + 20
+    implicitHeight: input.implicitHeight + 2 * padding
+    opacity: enabled ? 1 : 0.5
 
     Rectangle {
         anchors.fill: parent
+        visible: field.hasFill
         radius: field.cornerRadius
-        color: field.hasFill ? Theme.fieldFill : "transparent"
-        border.width: input.activeFocus ? 2 : field.hasFill ? 1 : 0
-        border.color: input.activeFocus ? Theme.focusRing : Theme.divider
+        color: Theme.fieldFill
     }
     Text {
         anchors.fill: input
@@ -44,13 +49,15 @@ FocusScope {
     TextInput {
         id: input
         anchors.fill: parent
-        anchors.margins: 10
+        anchors.margins: field.padding
         focus: true
         activeFocusOnTab: true
         clip: true
+        // Its own limit would cut off what is pasted without a word.
+        maximumLength: 2147483647
         color: Theme.primary
         selectionColor: Theme.purple
-        selectedTextColor: "#ffffff"
+        selectedTextColor: Theme.white
         selectByMouse: true
         font.pixelSize: Theme.body
         verticalAlignment: TextInput.AlignVCenter
@@ -60,5 +67,13 @@ FocusScope {
         onAccepted: field.accepted()
         Accessible.role: Accessible.EditableText
         Accessible.name: field.label
+    }
+    FocusRing {
+        anchors.margins: field.hasFill ? 0 : -3
+        radius: field.cornerRadius
+        visible: input.activeFocus
+    }
+    HoverHandler {
+        cursorShape: Qt.IBeamCursor
     }
 }

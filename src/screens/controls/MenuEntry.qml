@@ -2,16 +2,19 @@ import QtQuick
 import QtQuick.Templates as T
 import Talvenor
 
-/// An entry of a context menu.
+/// An entry of a context menu, with the symbol `icon.name` before its text.
 T.MenuItem {
     id: entry
 
-    property color foreground: Theme.primary
+    /// For what cannot be taken back.
+    property bool isDestructive: false
+    property color foreground: isDestructive ? Theme.red : Theme.primary
 
-    implicitWidth: Math.max(180, implicitContentWidth + leftPadding + rightPadding)
+    implicitWidth: implicitContentWidth + leftPadding + rightPadding
     implicitHeight: implicitContentHeight + topPadding + bottomPadding
-    padding: 8
-    horizontalPadding: 14
+    verticalPadding: 7
+    horizontalPadding: 10
+    hoverEnabled: true
     font.pixelSize: Theme.subheadline
     Accessible.name: text
     Accessible.onPressAction: if (enabled) {
@@ -19,14 +22,17 @@ T.MenuItem {
         entry.triggered();
     }
 
-    contentItem: Text {
+    contentItem: IconLabel {
+        isSpoken: false
+        icon: entry.icon.name
         text: entry.text
         font: entry.font
+        spacing: 8
         color: entry.foreground
-        textFormat: Text.PlainText
+        opacity: entry.enabled ? 1 : 0.4
     }
     background: Rectangle {
-        radius: 6
-        color: entry.highlighted || entry.hovered ? Theme.withOpacity(Theme.purple, 0.22) : "transparent"
+        radius: 5
+        color: entry.highlighted || entry.hovered ? Theme.withOpacity(entry.isDestructive ? Theme.red : Theme.purple, Theme.isDark ? 0.28 : 0.14) : "transparent"
     }
 }

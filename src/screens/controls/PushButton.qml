@@ -19,19 +19,22 @@ T.Button {
     property bool isBusy: false
     /// What is spoken, where it is not the label.
     property string spokenName: text
+    /// Follows the pointer.
+    property bool isHovered: hovered
     readonly property color foreground: {
         if (look === PushButton.Accent)
-            return "#ffffff";
+            return Theme.white;
         if (look === PushButton.Link)
-            return Theme.accentText;
-        return enabled ? Theme.primary : Theme.tertiary;
+            return Theme.purple;
+        return Theme.primary;
     }
 
     implicitWidth: look === PushButton.Glyph ? 28 : implicitContentWidth + leftPadding + rightPadding
     implicitHeight: look === PushButton.Glyph ? 28 : implicitContentHeight + topPadding + bottomPadding
     horizontalPadding: look === PushButton.Accent || look === PushButton.Secondary ? 14 : 2
-    verticalPadding: look === PushButton.Accent || look === PushButton.Secondary ? 8 : 2
+    verticalPadding: look === PushButton.Accent || look === PushButton.Secondary ? 7 : 2
     focusPolicy: Qt.StrongFocus
+    hoverEnabled: true
     font.pixelSize: Theme.subheadline
     font.weight: look === PushButton.Accent || look === PushButton.Link ? Font.DemiBold : Font.Medium
 
@@ -41,18 +44,19 @@ T.Button {
     Keys.onReturnPressed: control.clicked()
     Keys.onEnterPressed: control.clicked()
 
-    contentItem: Text {
+    contentItem: IconLabel {
+        isSpoken: false
+        isCentered: true
+        icon: control.isBusy ? "" : control.icon.name
         text: control.text
         font: control.font
         color: control.isBusy ? "transparent" : control.foreground
-        textFormat: Text.PlainText
-        elide: Text.ElideRight
-        horizontalAlignment: Text.AlignHCenter
-        verticalAlignment: Text.AlignVCenter
+        opacity: control.enabled || control.look === PushButton.Accent ? 1 : 0.4
 
         Spinner {
             anchors.centerIn: parent
             visible: control.isBusy
+            color: control.foreground
         }
     }
     background: Item {
@@ -60,13 +64,13 @@ T.Button {
             anchors.fill: parent
             radius: control.cornerRadius
             visible: control.look === PushButton.Accent
-            opacity: control.hovered || control.down ? 0.88 : 1
+            opacity: control.isHovered || control.down ? 0.9 : 1
         }
         Rectangle {
             anchors.fill: parent
             radius: control.cornerRadius
             visible: control.look === PushButton.Secondary || control.look === PushButton.Glyph
-            color: Theme.withOpacity(Theme.primary, control.hovered || control.down ? 0.15 : 0.08)
+            color: Theme.withOpacity(Theme.secondary, control.isHovered || control.down ? 0.22 : 0.14)
         }
         FocusRing {
             radius: control.cornerRadius + 3

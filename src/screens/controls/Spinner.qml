@@ -1,31 +1,37 @@
 import QtQuick
+import Talvenor
 
-/// Turns while it is visible; nothing moves otherwise.
+/// A small sign that something is under way. It turns while it can be seen; nothing moves otherwise.
 Item {
     id: spinner
+
+    property color color: Theme.white
+
     implicitWidth: 16
     implicitHeight: 16
 
-    Rectangle {
+    RingStroke {
         anchors.fill: parent
-        radius: width / 2
-        color: "transparent"
-        border.width: 2
-        border.color: Qt.rgba(1, 1, 1, 0.35)
+        anchors.margins: 1
+        lineWidth: 2
+        colors: [Theme.withOpacity(spinner.color, 0.25)]
     }
-    Rectangle {
-        width: 5
-        height: 5
-        radius: 2.5
-        color: "#ffffff"
-        x: (spinner.width - width) / 2
-        y: -1
+    RingStroke {
+        anchors.fill: parent
+        anchors.margins: 1
+        lineWidth: 2
+        fraction: 0.28
+        hasRoundCaps: true
+        colors: [spinner.color]
     }
-    RotationAnimator on rotation {
-        from: 0
-        to: 360
-        duration: 900
+    SequentialAnimation on rotation {
         loops: Animation.Infinite
-        running: spinner.visible
+        running: spinner.visible && spinner.Window.visibility !== Window.Hidden && spinner.Window.visibility !== Window.Minimized
+
+        NumberAnimation {
+            from: 0
+            to: 360
+            duration: 900
+        }
     }
 }

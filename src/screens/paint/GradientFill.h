@@ -12,7 +12,8 @@ namespace talvenor {
 /// By default the gradient runs from the top left corner to the bottom right one. A radius of half the
 /// smaller side or more gives a capsule or a circle. Colours that are not set are not drawn: without any of
 /// the fill there is only the border. Colours may be translucent.
-class GradientFill : public PaintedItem
+// The base's whole name: the tool that describes the types to qmllint finds no other.
+class GradientFill : public talvenor::PaintedItem
 {
     Q_OBJECT
     QML_ELEMENT

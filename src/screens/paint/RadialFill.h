@@ -12,7 +12,8 @@ namespace talvenor {
 /// The item cuts it off at its bounds. Only the glow itself is a picture, and a change of the item's size
 /// moves it without painting, so that it can lie behind a whole window. To make it breathe, animate the
 /// item's opacity rather than the colour.
-class RadialFill : public PaintedItem
+// The base's whole name: the tool that describes the types to qmllint finds no other.
+class RadialFill : public talvenor::PaintedItem
 {
     Q_OBJECT
     QML_ELEMENT

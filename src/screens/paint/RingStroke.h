@@ -9,7 +9,8 @@ namespace talvenor {
 ///
 /// It begins at the right and runs clockwise, and so do its colours, which are spread evenly over the whole
 /// circumference, however little of it is drawn. Turn it with `rotation`, which paints nothing.
-class RingStroke : public PaintedItem
+// The base's whole name: the tool that describes the types to qmllint finds no other.
+class RingStroke : public talvenor::PaintedItem
 {
     Q_OBJECT
     QML_ELEMENT

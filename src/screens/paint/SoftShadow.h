@@ -10,7 +10,8 @@ namespace talvenor {
 /// The blur is a Gaussian whose standard deviation is half of the blur radius, which is what a radius of a
 /// shadow means on the web and in design programs. It is computed once for each size, without effects of the
 /// scene graph, so that the software backend shows it too.
-class SoftShadow : public PaintedItem
+// The base's whole name: the tool that describes the types to qmllint finds no other.
+class SoftShadow : public talvenor::PaintedItem
 {
     Q_OBJECT
     QML_ELEMENT

@@ -7,6 +7,7 @@ import Talvenor
 Rectangle {
     id: switcher
 
+    /// The string form of a language.
     required property string selection
 
     signal selected(string language)
@@ -14,7 +15,7 @@ Rectangle {
     implicitWidth: row.implicitWidth + 6
     implicitHeight: row.implicitHeight + 6
     radius: 10
-    color: Theme.withOpacity(Theme.primary, 0.08)
+    color: Theme.withOpacity(Theme.secondary, 0.1)
 
     Row {
         id: row
@@ -27,10 +28,12 @@ Rectangle {
                 id: choice
 
                 required property string modelData
+                required property int index
                 readonly property bool isSelected: modelData === switcher.selection
 
                 function choose() {
-                    switcher.selected(modelData);
+                    if (enabled)
+                        switcher.selected(modelData);
                 }
 
                 width: 40
@@ -47,19 +50,37 @@ Rectangle {
                 Keys.onReturnPressed: choose()
                 Keys.onEnterPressed: choose()
                 Keys.onSpacePressed: choose()
+                Keys.onLeftPressed: if (index > 0)
+                    nextItemInFocusChain(false).forceActiveFocus(Qt.TabFocusReason)
+                Keys.onRightPressed: if (index < L10n.allForms.length - 1)
+                    nextItemInFocusChain(true).forceActiveFocus(Qt.TabFocusReason)
 
                 AccentFill {
                     anchors.fill: parent
                     radius: 7
                     isHorizontal: true
-                    visible: choice.isSelected
+                    opacity: choice.isSelected ? 1 : 0
+
+                    Behavior on opacity {
+                        NumberAnimation {
+                            duration: 200
+                            easing.type: Easing.InOutQuad
+                        }
+                    }
                 }
                 Text {
                     anchors.centerIn: parent
                     text: L10n.flag(choice.modelData)
-                    color: choice.isSelected ? "#ffffff" : Theme.secondary
+                    color: choice.isSelected ? Theme.white : Theme.secondary
                     font.pixelSize: Theme.caption
                     font.weight: Font.Bold
+
+                    Behavior on color {
+                        ColorAnimation {
+                            duration: 200
+                            easing.type: Easing.InOutQuad
+                        }
+                    }
                 }
                 FocusRing {
                     anchors.margins: -1
@@ -68,6 +89,9 @@ Rectangle {
                 }
                 TapHandler {
                     onTapped: choice.choose()
+                }
+                HoverHandler {
+                    cursorShape: Qt.PointingHandCursor
                 }
             }
         }
