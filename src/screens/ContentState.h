@@ -5,6 +5,7 @@
 #include "screens/RecordingListModel.h"
 #include "screens/SelectedRecording.h"
 
+#include <QVariant>
 #include <QtQml/qqmlregistration.h>
 
 namespace talvenor {
@@ -20,6 +21,12 @@ class ContentState : public QObject
     QML_ELEMENT
     QML_UNCREATABLE("The application makes it.")
     Q_PROPERTY(bool isLoggedIn READ isLoggedIn NOTIFY isLoggedInChanged)
+    Q_PROPERTY(
+        bool isSetupPresented READ isSetupPresented WRITE setSetupPresented NOTIFY isSetupPresentedChanged)
+    /// A UserProfile, or undefined while none is known.
+    Q_PROPERTY(QVariant currentUser READ currentUser NOTIFY currentUserChanged)
+    Q_PROPERTY(bool isAdmin READ isAdmin NOTIFY currentUserChanged)
+    Q_PROPERTY(QString subscriptionTier READ subscriptionTier NOTIFY currentUserChanged)
     Q_PROPERTY(bool hasSelection READ hasSelection NOTIFY hasSelectionChanged)
     Q_PROPERTY(bool showError READ showError NOTIFY showErrorChanged)
     Q_PROPERTY(QString errorMessage READ errorMessage NOTIFY errorMessageChanged)
@@ -31,6 +38,15 @@ public:
     explicit ContentState(QObject *parent = nullptr);
 
     [[nodiscard]] bool isLoggedIn() const;
+    /// The set-up sheet is up: exactly while somebody is signed in who has not been through it.
+    [[nodiscard]] bool isSetupPresented() const { return m_isSetupPresented; }
+    /// False counts as having completed the set-up; true does nothing.
+    void setSetupPresented(bool presented);
+    /// The profile of whoever is signed in; invalid while it has not come.
+    [[nodiscard]] QVariant currentUser() const;
+    [[nodiscard]] bool isAdmin() const;
+    /// The user's plan, "free" while no user is known.
+    [[nodiscard]] QString subscriptionTier() const;
     [[nodiscard]] bool hasSelection() const { return m_viewModel.hasSelection(); }
     /// The alert is up.
     [[nodiscard]] bool showError() const { return m_viewModel.showError(); }
@@ -49,12 +65,17 @@ public:
 
 Q_SIGNALS:
     void isLoggedInChanged();
+    void isSetupPresentedChanged();
+    void currentUserChanged();
     void hasSelectionChanged();
     void showErrorChanged();
     void errorMessageChanged();
 
 private:
+    void updateSetup();
+
     AuthService &m_auth;
+    bool m_isSetupPresented = false;
     RecorderViewModel m_viewModel;
     RecordState m_record;
     RecordingListModel m_recordings;

@@ -10,6 +10,7 @@ FocusScope {
     // Not by components with a common scope: those that are bound to theirs cannot be loaded in Qt 6.4.
     Loader {
         readonly property bool isLoggedIn: root.content.isLoggedIn
+        property bool isReady: false
 
         function route() {
             if (isLoggedIn)
@@ -22,7 +23,11 @@ FocusScope {
 
         anchors.fill: parent
         focus: true
-        onIsLoggedInChanged: route()
-        Component.onCompleted: route()
+        onIsLoggedInChanged: if (isReady)
+            route()
+        Component.onCompleted: {
+            isReady = true;
+            route();
+        }
     }
 }

@@ -5,117 +5,143 @@ import Talvenor
 FocusScope {
     id: view
 
+    property url iconSource: AppIcon.source
+    property bool showRegister: false
+
+    implicitWidth: 500
+    implicitHeight: 600
     focus: true
 
     LoginState {
         id: login
     }
 
-    Column {
-        anchors.centerIn: parent
-        width: 340
-        spacing: 32
+    Rectangle {
+        anchors.fill: parent
+        color: Theme.windowBackground
+    }
+    RadialFill {
+        anchors.fill: parent
+        color: Theme.withOpacity(Theme.purple, Theme.isDark ? 0.08 : 0.04)
+        startRadius: 50
+        endRadius: 400
+    }
 
-        Column {
-            width: parent.width
-            spacing: 8
+    // In the middle of the window; where a long message makes it higher than that, it scrolls.
+    ScrollArea {
+        id: area
+        anchors.fill: parent
 
-            Image {
-                anchors.horizontalCenter: parent.horizontalCenter
-                width: 80
-                height: 80
-                source: "qrc:/talvenor/AppIcon.png"
-                sourceSize.width: 160
-                sourceSize.height: 160
-                fillMode: Image.PreserveAspectFit
-            }
-            StaticText {
-                width: parent.width
-                text: L10n.appName
-                font.pixelSize: Theme.title
-                font.weight: Font.Bold
-                horizontalAlignment: Text.AlignHCenter
-            }
-            StaticText {
-                width: parent.width
-                text: L10n.isGerman ? "Melde dich an, um fortzufahren" : "Sign in to continue"
-                color: Theme.secondary
-                font.pixelSize: Theme.subheadline
-                horizontalAlignment: Text.AlignHCenter
-            }
-        }
+        Item {
+            implicitHeight: Math.max(area.height, column.implicitHeight + 48)
+            implicitWidth: area.width
 
-        Column {
-            width: parent.width
-            spacing: 14
+            Column {
+                id: column
+                objectName: "column"
+                anchors.centerIn: parent
+                width: 340
+                spacing: 32
 
-            LabelledField {
-                width: parent.width
-                label: "E-Mail"
-                placeholder: "name@example.com"
-                inputMethodHints: Qt.ImhEmailCharactersOnly
-                hasInitialFocus: true
-                onTextChanged: login.email = text
-            }
-            LabelledField {
-                width: parent.width
-                label: L10n.isGerman ? "Passwort" : "Password"
-                placeholder: "••••••••"
-                isSecure: true
-                onTextChanged: login.password = text
-            }
-            StaticText {
-                width: parent.width
-                visible: text.length > 0
-                text: login.errorMessage
-                color: Theme.red
-                font.pixelSize: Theme.caption
-                wrapMode: Text.Wrap
-            }
-        }
+                Column {
+                    objectName: "header"
+                    width: parent.width
+                    spacing: 8
 
-        Column {
-            width: parent.width
-            spacing: 12
-
-            PushButton {
-                width: parent.width
-                look: PushButton.Accent
-                verticalPadding: 12
-                cornerRadius: 10
-                text: L10n.isGerman ? "Anmelden" : "Sign In"
-                isBusy: login.isLoading
-                enabled: !login.isLoading && login.isFilled
-                opacity: login.isFilled ? 1 : 0.6
-                onClicked: login.signIn()
-            }
-            Row {
-                anchors.horizontalCenter: parent.horizontalCenter
-                spacing: 4
-
-                StaticText {
-                    anchors.verticalCenter: parent.verticalCenter
-                    text: L10n.isGerman ? "Noch kein Konto?" : "Don't have an account?"
-                    color: Theme.secondary
-                    font.pixelSize: Theme.caption
+                    ApplicationIcon {
+                        objectName: "icon"
+                        anchors.horizontalCenter: parent.horizontalCenter
+                        source: view.iconSource
+                    }
+                    StaticText {
+                        objectName: "title"
+                        width: parent.width
+                        text: L10n.appName
+                        font.pixelSize: Theme.title
+                        font.weight: Font.Bold
+                        horizontalAlignment: Text.AlignHCenter
+                    }
+                    StaticText {
+                        width: parent.width
+                        text: L10n.isGerman ? "Melde dich an, um fortzufahren" : "Sign in to continue"
+                        color: Theme.secondary
+                        font.pixelSize: Theme.subheadline
+                        horizontalAlignment: Text.AlignHCenter
+                    }
                 }
-                PushButton {
-                    anchors.verticalCenter: parent.verticalCenter
-                    look: PushButton.Link
-                    font.pixelSize: Theme.caption
-                    text: L10n.isGerman ? "Registrieren" : "Sign Up"
-                    onClicked: registerSheet.createObject(view)
+
+                Column {
+                    objectName: "form"
+                    width: parent.width
+                    spacing: 14
+
+                    FormField {
+                        objectName: "email"
+                        width: parent.width
+                        label: "E-Mail"
+                        placeholder: "name@example.com"
+                        inputMethodHints: Qt.ImhEmailCharactersOnly
+                        hasInitialFocus: true
+                        onTextChanged: login.email = text
+                    }
+                    FormField {
+                        objectName: "password"
+                        width: parent.width
+                        label: L10n.isGerman ? "Passwort" : "Password"
+                        placeholder: "••••••••"
+                        isSecure: true
+                        onTextChanged: login.password = text
+                    }
+                    StaticText {
+                        objectName: "error"
+                        width: parent.width
+                        visible: text.length > 0
+                        text: Theme.bounded(login.errorMessage)
+                        color: Theme.red
+                        font.pixelSize: Theme.caption
+                        wrapMode: Text.Wrap
+                    }
+                }
+
+                Column {
+                    objectName: "actions"
+                    width: parent.width
+                    spacing: 12
+
+                    SubmitButton {
+                        objectName: "submit"
+                        width: parent.width
+                        text: L10n.isGerman ? "Anmelden" : "Sign In"
+                        isBusy: login.isLoading
+                        isReady: login.isFilled
+                        onClicked: login.signIn()
+                    }
+                    Row {
+                        anchors.horizontalCenter: parent.horizontalCenter
+                        spacing: 4
+
+                        StaticText {
+                            anchors.verticalCenter: parent.verticalCenter
+                            text: L10n.isGerman ? "Noch kein Konto?" : "Don't have an account?"
+                            color: Theme.secondary
+                            font.pixelSize: Theme.caption
+                        }
+                        PlainButton {
+                            objectName: "signUp"
+                            anchors.verticalCenter: parent.verticalCenter
+                            text: L10n.isGerman ? "Registrieren" : "Sign Up"
+                            color: Theme.purple
+                            font.weight: Font.DemiBold
+                            onClicked: view.showRegister = true
+                        }
+                    }
                 }
             }
         }
     }
-
-    // Made anew each time, so that the form starts empty.
-    Component {
-        id: registerSheet
-        RegisterView {
-            id: sheet
-            onClosed: sheet.destroy()
-        }
+    SheetPresenter {
+        isPresented: view.showRegister
+        source: "RegisterView.qml"
+        onDismissed: view.showRegister = false
     }
 }

@@ -11,8 +11,13 @@ T.ApplicationWindow {
 
     width: 1100
     height: 720
-    minimumWidth: 960
-    minimumHeight: 640
+    // The sign-in screen can do with less than the main window's content, which takes the room that it needs.
+    minimumWidth: content.isLoggedIn ? 960 : 500
+    minimumHeight: content.isLoggedIn ? 640 : 600
+    onMinimumWidthChanged: if (width < minimumWidth)
+        width = minimumWidth
+    onMinimumHeightChanged: if (height < minimumHeight)
+        height = minimumHeight
     visible: true
     title: L10n.appName
     color: Theme.windowBackground

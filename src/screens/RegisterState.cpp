@@ -12,14 +12,14 @@ namespace {
 
 constexpr int kShortestPassword = 6;
 
-/// The number of characters as a person counts them.
-int countOfCharacters(const QString &text)
+/// True if a person would count that many characters in the text, or more.
+bool hasCharacters(const QString &text, int wanted)
 {
     QTextBoundaryFinder finder(QTextBoundaryFinder::Grapheme, text);
     int count = 0;
-    while (finder.toNextBoundary() != -1)
+    while (count < wanted && finder.toNextBoundary() != -1)
         ++count;
-    return count;
+    return count >= wanted;
 }
 
 } // namespace
@@ -36,7 +36,7 @@ bool RegisterState::isLoading() const
 
 bool RegisterState::isFormValid() const
 {
-    return !m_name.isEmpty() && !m_email.isEmpty() && countOfCharacters(m_password) >= kShortestPassword &&
+    return !m_name.isEmpty() && !m_email.isEmpty() && hasCharacters(m_password, kShortestPassword) &&
            m_password == m_confirmPassword;
 }
 
