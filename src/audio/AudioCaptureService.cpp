@@ -204,6 +204,9 @@ std::optional<QString> AudioCaptureService::stopRecording()
             }
         });
     }
+    // Whoever has pressed stop is not heard any more, however long the disk keeps the rest waiting.
+    if (m_engine)
+        m_engine->endIntake();
     // What follows waits for a tap that may be caught in a write to a slow disk, and writes itself.
     startOnPool(m_finisher, [engine = std::exchange(m_engine, nullptr), writer = m_writer,
                              ringBuffer = m_ringBuffer, url = m_recordingURL]() mutable {

@@ -9,9 +9,10 @@ namespace talvenor {
 
 /// The microphone: one input node that can be listened to through one tap.
 ///
-/// Made and used on the main thread; nothing here blocks it for longer than the tap's own work takes. The
-/// tap runs on a thread of the engine's. An engine serves one recording and is then destroyed, which stops
-/// it if that has not happened.
+/// Made, prepared and started on the main thread, which only `removeTap`, `stop` and the end of the engine
+/// hold up, for as long as the tap's own work takes; these may be called on another thread, once the main
+/// thread is done with it. The tap runs on a thread of the engine's. An engine serves one recording and is
+/// then destroyed, which stops it if that has not happened.
 class AudioEngine
 {
 public:
@@ -31,6 +32,10 @@ public:
     /// Asks for blocks of about `bufferSize` frames in `format`: floats, mono, at the rate that
     /// `inputFormat` has told. The size is a wish; blocks of any size may come.
     virtual void installTap(std::uint32_t bufferSize, const AudioFormat &format, Tap tap) = 0;
+
+    /// Closes the ear: what is said from now on never reaches the tap, while what has arrived still does. For
+    /// good, and without waiting for anything.
+    virtual void endIntake() = 0;
 
     /// Takes the tap away, once it has got what has arrived by now: a call that is under way is waited for,
     /// and the rest may be delivered on the calling thread. Without a tap nothing happens.

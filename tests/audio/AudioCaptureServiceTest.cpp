@@ -260,8 +260,9 @@ private Q_SLOTS:
         QCOMPARE(changes(), (QStringList{QStringLiteral("isRecording"), QStringLiteral("audioLevel"),
                                          QStringLiteral("audioLevels"), QStringLiteral("hasSystemAudio")}));
         await(m_service->finished());
-        QCOMPARE(steps(), (QStringList{QStringLiteral("engine.removeTap"), QStringLiteral("engine.stop"),
-                                       QStringLiteral("engine.destroy"), QStringLiteral("file.finish")}));
+        QCOMPARE(steps(), (QStringList{QStringLiteral("engine.endIntake"), QStringLiteral("engine.removeTap"),
+                                       QStringLiteral("engine.stop"), QStringLiteral("engine.destroy"),
+                                       QStringLiteral("file.finish")}));
         QCOMPARE(m_log->lines(), (QStringList{channel + QStringLiteral(" default: Stopped. Frames: 100"),
                                               channel + QStringLiteral(" default: File: 1234 bytes")}));
         QVERIFY(!m_service->isRecording() && !m_service->hasSystemAudio());
@@ -292,6 +293,8 @@ private Q_SLOTS:
 
         QCOMPARE(m_service->stopRecording(), someURL); // or the test hangs
         QVERIFY(!m_service->isRecording());
+        // Nor does what is said while the disk hangs come into the file.
+        QCOMPARE(m_audio->journal->count(QStringLiteral("engine.endIntake")), 1);
         // The next recording is not begun before the sound of this one is safe.
         bool started = false;
         startTask(this, [this, &started]() -> Task<> {

@@ -93,6 +93,7 @@ public:
         m_state->tapFormat = format;
         m_state->tap = std::move(tap);
     }
+    void endIntake() override { m_journal->note(QStringLiteral("engine.endIntake")); }
     void removeTap() override
     {
         m_journal->note(QStringLiteral("engine.removeTap"));

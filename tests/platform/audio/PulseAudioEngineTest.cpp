@@ -239,6 +239,29 @@ private Q_SLOTS:
         QVERIFY(microphone.recorded.count() > before + std::size_t(0.4 * kRate));
     }
 
+    void whatIsSaidAfterTheEndOfTheIntakeIsNotHeard()
+    {
+        std::atomic<bool> stalled{true};
+        std::atomic<bool> inside{false};
+        Listening microphone([&](PcmBuffer &) {
+            inside = true;
+            while (stalled)
+                QThread::msleep(10); // a disk that hangs
+        });
+        QVERIFY(waitUntil([&] { return inside.load(); }));
+        QTest::qWait(800);
+        const double heard =
+            std::chrono::duration<double>(std::chrono::steady_clock::now() - microphone.startedAt).count();
+        microphone.engine.endIntake(); // waits for nothing, or the test hangs
+        QTest::qWait(1500);
+        stalled = false;
+        microphone.engine.removeTap();
+        const double delivered = double(microphone.recorded.count()) / kRate;
+        QVERIFY2(delivered > heard - 0.3, qPrintable(QString::number(delivered))); // what came before
+        QVERIFY2(delivered < heard + 0.3, qPrintable(QString::number(delivered)));
+        microphone.engine.stop();
+    }
+
     void silenceFillsTheTimeWithoutAMicrophone()
     {
         const ToneProcess speaker({.frequency = 3000, .levelDbfs = -20, .device = "speaker"});

@@ -81,6 +81,8 @@ std::size_t PacedQueue::pop(std::span<float> target, std::chrono::milliseconds p
 void PacedQueue::finish()
 {
     const std::lock_guard guard(m_lock);
+    if (m_pacer && !m_finished)
+        noteLoss(m_samples.pushSilence(std::size_t(m_pacer->silenceDue(m_deviceLive, PaceClock::now()))));
     m_finished = true;
     m_changed.notify_all();
 }

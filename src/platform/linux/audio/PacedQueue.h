@@ -35,7 +35,7 @@ public:
     /// samples there were. Silence that has fallen due is among them.
     [[nodiscard]] std::size_t pop(std::span<float> target, std::chrono::milliseconds patience);
 
-    /// Lets `pop` return at once from now on, with what is still there.
+    /// Takes nothing more from now on, and lets `pop` return at once with what is still there.
     void finish();
     [[nodiscard]] bool isFinished();
 

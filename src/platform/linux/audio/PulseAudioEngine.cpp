@@ -29,6 +29,7 @@ public:
     Core &operator=(const Core &) = delete;
 
     TapThread &tap() { return m_tap; }
+    void endIntake() { m_queue.finish(); }
 
     /// General pool.
     AudioFormat inputFormat();
@@ -169,6 +170,11 @@ void PulseAudioEngine::installTap(std::uint32_t bufferSize, const AudioFormat &f
         programmingError(QStringLiteral("a tap needs a format and a receiver"));
     m_tapRate = int(format.sampleRate);
     m_core->tap().install(bufferSize, format, std::move(tap));
+}
+
+void PulseAudioEngine::endIntake()
+{
+    m_core->endIntake();
 }
 
 void PulseAudioEngine::removeTap()

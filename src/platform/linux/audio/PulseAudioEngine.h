@@ -18,6 +18,7 @@ public:
 
     Task<AudioFormat> inputFormat() override;
     void installTap(std::uint32_t bufferSize, const AudioFormat &format, Tap tap) override;
+    void endIntake() override;
     void removeTap() override;
     void prepare() override;
     Task<> start() override;

@@ -13,7 +13,7 @@ namespace talvenor {
 
 /// Carries microphone sound from the queue to the tap, on a thread of its own.
 ///
-/// Here the encoder and the disk may take their time. Owned by the main thread.
+/// Here the encoder and the disk may take their time. Used by one thread at a time.
 class TapThread
 {
 public:
