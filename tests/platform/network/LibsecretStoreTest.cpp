@@ -161,6 +161,34 @@ private Q_SLOTS:
         QCOMPARE(store.load(kService, kAccount), QByteArray("token"));
     }
 
+    void aStoreThatIsLockedLaterHasForgottenNothing()
+    {
+        LibsecretStore().save(kService, kAccount, "token");
+        LibsecretStore store;
+        QCOMPARE(store.load(kService, kAccount), QByteArray("token"));
+        SecretServiceControl::lock();
+        const auto unlock = qScopeGuard([] { SecretServiceControl::unlock(); });
+        // Without it the service would refuse the next request, and that refusal would remove it for good.
+        QCOMPARE(store.load(kService, kAccount), QByteArray("token"));
+        SecretServiceControl::unlock();
+        QCOMPARE(store.load(kService, kAccount), QByteArray("token"));
+        LibsecretStore().remove(kService, kAccount);
+        QVERIFY(!store.load(kService, kAccount)); // an answer is more than what is remembered
+    }
+
+    void aStoreThatHangsLaterHasForgottenNothing()
+    {
+        LibsecretStore store;
+        store.save(kService, kAccount, "token");
+        SecretServiceControl::freeze();
+        const auto thaw = qScopeGuard([] { SecretServiceControl::thaw(); });
+        QCOMPARE(store.load(kService, kAccount), QByteArray("token"));
+        store.remove(kService, kAccount);
+        QVERIFY(!store.load(kService, kAccount));
+        SecretServiceControl::thaw();
+        QVERIFY(test::waitUntil([] { return SecretServiceControl::items(kService, kAccount).isEmpty(); }));
+    }
+
     void whatIsSavedToALockedStoreIsWrittenOnceItIsUnlocked()
     {
         LibsecretStore().save(kService, kAccount, "old");
@@ -225,8 +253,8 @@ private Q_SLOTS:
 
     void aStoreThatHangsDoesNotHoldTheWindow()
     {
-        LibsecretStore store;
-        store.save(kService, kAccount, "token");
+        LibsecretStore().save(kService, kAccount, "token");
+        LibsecretStore store; // which has never seen it
         LogCapture log;
         SecretServiceControl::freeze();
         const auto thaw = qScopeGuard([] { SecretServiceControl::thaw(); });
@@ -234,8 +262,10 @@ private Q_SLOTS:
         timer.start();
         QVERIFY(!store.load(kService, kAccount)); // not known, hence absent
         QVERIFY2(timer.elapsed() < 10'000, "D-Bus gives up after 25 s only");
-        QCOMPARE(log.texts(kLog), QStringList{QStringLiteral(
-                                      "The secret store does not answer; what is in it counts as absent.")});
+        QCOMPARE(
+            log.texts(kLog),
+            QStringList{QStringLiteral(
+                "The secret store does not answer; what this run has not seen of it counts as absent.")});
         timer.restart();
         store.remove(kService, kAccount);
         QVERIFY(!store.load(kService, kAccount)); // removed for this program at once

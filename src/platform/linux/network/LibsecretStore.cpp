@@ -22,7 +22,8 @@ namespace {
 const auto kLocked = QStringLiteral("The secret store is locked or not set up; nothing in it is touched.");
 const auto kAbsent =
     QStringLiteral("There is no secret store on the session bus; secrets last until the program ends.");
-const auto kSilent = QStringLiteral("The secret store does not answer; what is in it counts as absent.");
+const auto kSilent =
+    QStringLiteral("The secret store does not answer; what this run has not seen of it counts as absent.");
 
 /// How long the window may stand still for a store that does not answer: such a store is a broken one, for a
 /// healthy one takes milliseconds.
@@ -84,6 +85,7 @@ public:
         {
             const std::lock_guard guard(m_memoryLock);
             m_pending[name] = {++m_wishes, value};
+            remember(name, value);
         }
         const auto outcome = inBackground<bool>([name](State &state) {
             state.carryOut(name);
@@ -113,9 +115,10 @@ public:
         const auto value = inBackground<std::optional<QByteArray>>([name](State &state) {
                                return state.find(name);
                            })->wait();
-        if (!value)
-            tell(kSilent);
-        return value.value_or(std::nullopt);
+        if (value)
+            return *value;
+        tell(kSilent);
+        return remembered(name);
     }
 
     /// Logs what is wrong, once as long as it stays wrong in the same way.
@@ -145,19 +148,49 @@ private:
         return answer;
     }
 
+    /// What the store says, or, where it is locked or fails, what it said last.
     std::optional<QByteArray> find(const SecretName &name)
     {
         const std::lock_guard guard(m_clientLock);
-        std::optional<QByteArray> value;
+        std::optional<std::optional<QByteArray>> answer;
+        const quint64 wishesBefore = wishCount();
         tryOut([&](SecretServiceClient &client) {
             FoundSecret found = client.find(name);
-            if (!found.newest && found.isAnyLocked)
+            if (!found.newest && found.isAnyLocked) {
                 askToUnlock(name);
-            else
-                forgetTrouble();
-            value = std::move(found.newest);
+                return;
+            }
+            forgetTrouble();
+            answer = std::move(found.newest);
         });
-        return value;
+        if (!answer)
+            return remembered(name);
+        const std::lock_guard memoryGuard(m_memoryLock);
+        if (m_wishes == wishesBefore) // else the answer may be older than what is remembered
+            remember(name, *answer);
+        return *answer;
+    }
+
+    [[nodiscard]] quint64 wishCount()
+    {
+        const std::lock_guard guard(m_memoryLock);
+        return m_wishes;
+    }
+
+    /// With m_memoryLock.
+    void remember(const SecretName &name, const std::optional<QByteArray> &value)
+    {
+        if (value)
+            m_lastSeen[name] = *value;
+        else
+            m_lastSeen.erase(name);
+    }
+
+    [[nodiscard]] std::optional<QByteArray> remembered(const SecretName &name)
+    {
+        const std::lock_guard guard(m_memoryLock);
+        const auto found = m_lastSeen.find(name);
+        return found == m_lastSeen.end() ? std::nullopt : std::optional(found->second);
     }
 
     /// Does what is wanted of this secret now, which need not be what was wanted when the thread began.
@@ -289,6 +322,10 @@ private:
     // All of the following is guarded by m_memoryLock.
     std::map<SecretName, Wish> m_pending; ///< what the store lacks
     quint64 m_wishes = 0;
+    /// What this run has read or wanted last. A store that is locked or hangs in the middle of a session must
+    /// not look like an empty one: the service would refuse a request without the token, and a refusal has
+    /// the token removed.
+    std::map<SecretName, QByteArray> m_lastSeen;
     std::shared_ptr<Answer<bool>> m_lastOutcome;
     QString m_lastTrouble; ///< what the log was told last
 };
