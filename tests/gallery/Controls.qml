@@ -11,6 +11,7 @@ ScrollArea {
         font.pixelSize: Theme.caption2
     }
 
+    anchors.fill: parent
     padding: 20
     spacing: 18
 
@@ -63,7 +64,14 @@ ScrollArea {
                 ActionButton {
                     title: L10n.export_
                     icon: "square.and.arrow.up"
-                    Component.onCompleted: forceActiveFocus(Qt.TabFocusReason)
+                    objectName: "focused"
+
+                    // Once there is a window.
+                    Timer {
+                        running: true
+                        interval: 50
+                        onTriggered: parent.forceActiveFocus(Qt.TabFocusReason)
+                    }
                 }
             }
             Caption {

@@ -28,9 +28,6 @@ Item {
             padding: 20
             spacing: 20
 
-            Divider {
-                Layout.fillWidth: true
-            }
             SettingsCard {
                 Layout.fillWidth: true
                 ToggleSwitch {

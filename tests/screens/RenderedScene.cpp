@@ -24,9 +24,9 @@ namespace {
 const QByteArray imports =
     "import QtQuick\nimport QtQuick.Layouts\nimport QtQuick.Templates as T\nimport Talvenor\n";
 
-const QByteArray windowText =
-    "T.ApplicationWindow { color: Theme.windowBackground; font.family: metrics.font.family\n"
-    "    FontMetrics { id: metrics } }";
+const QByteArray windowText = "T.ApplicationWindow { property QtObject theme: Theme; color: "
+                              "Theme.windowBackground; font.family: metrics.font.family\n"
+                              "    FontMetrics { id: metrics } }";
 
 template<typename Type>
 std::unique_ptr<Type> make(QQmlEngine &engine, const QByteArray &text, const QVariantMap &properties)
@@ -196,10 +196,7 @@ QColor RenderedScene::over(const QColor &above, const QColor &below)
 
 QObject &RenderedScene::theme() const
 {
-    auto *const theme = m_engine->singletonInstance<QObject *>(qmlTypeId("Talvenor", 1, 0, "Theme"));
-    if (!theme)
-        qFatal("there is no theme");
-    return *theme;
+    return *m_window->property("theme").value<QObject *>();
 }
 
 QColor RenderedScene::themeColor(const char *name) const

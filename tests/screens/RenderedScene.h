@@ -31,7 +31,7 @@ private:
 /// A piece of QML in a window of the program's kind, to be looked at and operated as a person would.
 ///
 /// The window has the theme's background and is shown and active when the constructor returns; nothing of its
-/// frame is in the picture. The piece fills the window unless it sets a size or a place of its own. Each
+/// frame is in the picture. The piece fills the window unless it has a size, if only an implicit one. Each
 /// warning from QML fails the running test function. Lengths and points are in logical pixels of the window;
 /// the scale of the display is that of the run (see TALVENOR_SCREEN_TEST_MAIN). Main thread.
 class RenderedScene

@@ -58,8 +58,8 @@ Rectangle {
 
         readonly property real widest: {
             let width = 48;
-            for (const child of children)
-                width = Math.max(width, child.implicitWidth);
+            for (let i = 0; i < children.length; ++i)
+                width = Math.max(width, children[i].implicitWidth);
             return width;
         }
 

@@ -1,7 +1,7 @@
 import QtQuick
 import Talvenor
 
-/// The top of a sheet: its title and the button that closes it.
+/// The top of a sheet: its title and the button that closes it, with a line below.
 Item {
     id: bar
 
@@ -10,7 +10,7 @@ Item {
     signal closeRequested
 
     implicitWidth: label.implicitWidth + 12 + close.width + 48
-    implicitHeight: Math.max(label.implicitHeight, close.height) + 36
+    implicitHeight: Math.max(label.implicitHeight, close.height) + 37
 
     StaticText {
         id: label
@@ -30,5 +30,9 @@ Item {
         anchors.rightMargin: 24
         y: 20 + Math.max(0, Math.round((label.implicitHeight - height) / 2))
         onClicked: bar.closeRequested()
+    }
+    Divider {
+        anchors.bottom: parent.bottom
+        width: parent.width
     }
 }

@@ -1,7 +1,9 @@
 #include "screens/paint/RadialFill.h"
 
+#include "screens/paint/Dither.h"
+
+#include <QImage>
 #include <QPainter>
-#include <QRadialGradient>
 
 #include <cmath>
 
@@ -31,20 +33,30 @@ qreal RadialFill::pictureScale(qreal displayScale) const
 {
     // There is nothing sharp in it: this many points suffice for the largest.
     constexpr qreal enough = 800;
-    return m_endRadius > 0 ? std::min(displayScale, std::max(0.25, enough / (2 * m_endRadius)))
-                           : displayScale;
+    return m_endRadius > 0 ? std::min(displayScale, std::max(1.0, enough / (2 * m_endRadius))) : displayScale;
 }
 
 void RadialFill::paintPicture(QPainter &painter) const
 {
-    const QPointF center = centerPoint();
-    const qreal start = std::clamp(m_startRadius, 0.0, m_endRadius);
-    QRadialGradient gradient(center, m_endRadius);
-    gradient.setColorAt(0, m_color);
-    gradient.setColorAt(std::min(start / m_endRadius, 0.9999), m_color);
-    gradient.setColorAt(1, Qt::transparent);
-    painter.setBrush(gradient);
-    painter.drawEllipse(center, m_endRadius, m_endRadius);
+    // Not by a gradient of the painter's, which has no means against rings in faint colours.
+    const QTransform toPoints = painter.transform();
+    const QPointF center = toPoints.map(centerPoint());
+    const auto scale = static_cast<float>(toPoints.m11());
+    const float start = static_cast<float>(std::clamp(m_startRadius, 0.0, m_endRadius)) * scale;
+    const float end = static_cast<float>(m_endRadius) * scale;
+    const float fade = std::max(end - start, 0.001F);
+    QImage glow(painter.device()->width(), painter.device()->height(), QImage::Format_ARGB32_Premultiplied);
+    for (int y = 0; y < glow.height(); ++y) {
+        auto *line = reinterpret_cast<QRgb *>(glow.scanLine(y)); // lines of this format are made of these
+        const auto dy = static_cast<float>(y + 0.5 - center.y());
+        for (int x = 0; x < glow.width(); ++x) {
+            const auto dx = static_cast<float>(x + 0.5 - center.x());
+            const float share = (end - std::sqrt(dx * dx + dy * dy)) / fade;
+            line[x] = share <= 0 ? 0 : ditheredPixel(m_color, std::min(share, 1.0F), ditherThreshold(x, y));
+        }
+    }
+    painter.resetTransform();
+    painter.drawImage(0, 0, glow);
 }
 
 } // namespace talvenor

@@ -1,5 +1,7 @@
 #include "screens/paint/SoftShadow.h"
 
+#include "screens/paint/Dither.h"
+
 #include <QImage>
 #include <QPainter>
 
@@ -26,38 +28,78 @@ std::vector<float> gaussianKernel(qreal deviation)
     return kernel;
 }
 
-/// One row or column of an image: `count` bytes, each `step` after the last.
-struct Line
+/// Opacities on a grid, from 0 to 1.
+struct Field
 {
-    uchar *first;
-    qsizetype step;
-    int count;
+    int width;
+    int height;
+    std::vector<float> values;
+
+    [[nodiscard]] float at(int x, int y) const
+    {
+        const int column = std::clamp(x, 0, width - 1);
+        const int row = std::clamp(y, 0, height - 1);
+        return values[static_cast<size_t>(row) * static_cast<size_t>(width) + static_cast<size_t>(column)];
+    }
+
+    /// The value at a place between the grid's points, mixed from the four around it.
+    [[nodiscard]] float between(float x, float y) const
+    {
+        const int column = static_cast<int>(std::floor(x));
+        const int row = static_cast<int>(std::floor(y));
+        const float right = x - static_cast<float>(column);
+        const float below = y - static_cast<float>(row);
+        return (at(column, row) * (1 - right) + at(column + 1, row) * right) * (1 - below) +
+               (at(column, row + 1) * (1 - right) + at(column + 1, row + 1) * right) * below;
+    }
 };
 
-void blurLine(const Line &line, const std::vector<float> &kernel, std::vector<float> &copy)
+/// Blurs `count` values, each `step` after the last, in place.
+void blurLine(float *first, size_t step, size_t count, const std::vector<float> &kernel,
+              std::vector<float> &copy)
 {
     // With a margin of nothing on both sides, the sum needs no tests at its ends.
     const size_t half = kernel.size() / 2;
-    copy.assign(static_cast<size_t>(line.count) + 2 * half, 0.0F);
-    for (int i = 0; i < line.count; ++i)
-        copy[half + static_cast<size_t>(i)] = line.first[i * line.step];
-    for (int i = 0; i < line.count; ++i) {
-        const float sum = std::inner_product(kernel.begin(), kernel.end(), copy.begin() + i, 0.0F);
-        line.first[i * line.step] = static_cast<uchar>(std::lround(sum));
-    }
+    copy.assign(count + 2 * half, 0.0F);
+    for (size_t i = 0; i < count; ++i)
+        copy[half + i] = first[i * step];
+    for (size_t i = 0; i < count; ++i)
+        first[i * step] = std::inner_product(kernel.begin(), kernel.end(), copy.data() + i, 0.0F);
 }
 
-/// Blurs an image of opacities in place. A Gaussian over the plane is one along the rows and one along the
-/// columns.
-void blur(QImage &opacities, qreal deviation)
+/// Blurs a field in place. A Gaussian over the plane is one along the rows and one along the columns.
+void blur(Field &field, qreal deviation)
 {
     const std::vector<float> kernel = gaussianKernel(deviation);
     std::vector<float> copy;
-    const qsizetype stride = opacities.bytesPerLine();
-    for (int y = 0; y < opacities.height(); ++y)
-        blurLine({opacities.scanLine(y), 1, opacities.width()}, kernel, copy);
-    for (int x = 0; x < opacities.width(); ++x)
-        blurLine({opacities.bits() + x, stride, opacities.height()}, kernel, copy);
+    const auto width = static_cast<size_t>(field.width);
+    const auto height = static_cast<size_t>(field.height);
+    for (size_t y = 0; y < height; ++y)
+        blurLine(field.values.data() + y * width, 1, width, kernel, copy);
+    for (size_t x = 0; x < width; ++x)
+        blurLine(field.values.data() + x, width, height, kernel, copy);
+}
+
+/// How much of each point of a grid the rounded rectangle covers.
+Field coverage(QSize size, const QTransform &toGrid, const QRectF &rectangle, qreal corner)
+{
+    QImage image(size, QImage::Format_Grayscale8);
+    image.fill(0);
+    QPainter painter(&image);
+    painter.setRenderHint(QPainter::Antialiasing);
+    painter.setTransform(toGrid);
+    painter.setPen(Qt::NoPen);
+    painter.setBrush(Qt::white);
+    painter.drawRoundedRect(rectangle, corner, corner);
+    painter.end();
+    Field field{size.width(), size.height(), {}};
+    field.values.reserve(static_cast<size_t>(size.width()) * static_cast<size_t>(size.height()));
+    for (int y = 0; y < size.height(); ++y) {
+        const uchar *line = image.constScanLine(y);
+        std::transform(line, line + size.width(), std::back_inserter(field.values),
+                       [](uchar value) { return static_cast<float>(value) / 255; });
+    }
+    return field;
 }
 
 } // namespace
@@ -75,37 +117,31 @@ QRectF SoftShadow::pictureArea() const
     return boundingRect().translated(m_offsetX, m_offsetY).marginsAdded({margin, margin, margin, margin});
 }
 
-qreal SoftShadow::pictureScale(qreal displayScale) const
-{
-    // A Gaussian this many points wide is drawn larger without a trace; finer ones would cost and show
-    // nothing.
-    constexpr qreal enough = 4;
-    return m_blurRadius > 0 ? std::min(displayScale, enough / (m_blurRadius / 2)) : displayScale;
-}
-
 void SoftShadow::paintPicture(QPainter &painter) const
 {
+    // A Gaussian that is this many points wide has all that is to be seen: larger ones are blurred on a
+    // coarser grid, whose points are mixed to the picture's.
+    constexpr qreal enough = 5;
     const QTransform toPoints = painter.transform();
-    QImage opacities(painter.device()->width(), painter.device()->height(), QImage::Format_Grayscale8);
-    opacities.fill(0);
-    QPainter shape(&opacities);
-    shape.setRenderHint(QPainter::Antialiasing);
-    shape.setTransform(toPoints);
-    shape.setPen(Qt::NoPen);
-    shape.setBrush(Qt::white);
-    const qreal corner = std::clamp(m_cornerRadius, 0.0, std::min(width(), height()) / 2);
-    shape.drawRoundedRect(boundingRect().translated(m_offsetX, m_offsetY), corner, corner);
-    shape.end();
+    const QSize points(painter.device()->width(), painter.device()->height());
+    const qreal deviation = m_blurRadius / 2 * toPoints.m11();
+    const qreal shrink = std::min(1.0, enough / std::max(deviation, 0.001));
+    const QSize grid(static_cast<int>(std::ceil(points.width() * shrink)),
+                     static_cast<int>(std::ceil(points.height() * shrink)));
+    Field field = coverage(grid, toPoints * QTransform::fromScale(shrink, shrink),
+                           boundingRect().translated(m_offsetX, m_offsetY),
+                           std::clamp(m_cornerRadius, 0.0, std::min(width(), height()) / 2));
     if (m_blurRadius > 0)
-        blur(opacities, m_blurRadius / 2 * toPoints.m11());
+        blur(field, deviation * shrink);
 
-    QImage shadow(opacities.size(), QImage::Format_ARGB32_Premultiplied);
+    QImage shadow(points, QImage::Format_ARGB32_Premultiplied);
+    const auto place = [shrink](int point) { return static_cast<float>((point + 0.5) * shrink - 0.5); };
     for (int y = 0; y < shadow.height(); ++y) {
-        const uchar *from = opacities.constScanLine(y);
-        auto *to = reinterpret_cast<QRgb *>(shadow.scanLine(y)); // lines of this format are made of these
-        for (int x = 0; x < shadow.width(); ++x)
-            to[x] = qPremultiply(
-                qRgba(m_color.red(), m_color.green(), m_color.blue(), qRound(m_color.alphaF() * from[x])));
+        auto *line = reinterpret_cast<QRgb *>(shadow.scanLine(y)); // lines of this format are made of these
+        for (int x = 0; x < shadow.width(); ++x) {
+            const float share = field.between(place(x), place(y));
+            line[x] = share <= 0 ? 0 : ditheredPixel(m_color, std::min(share, 1.0F), ditherThreshold(x, y));
+        }
     }
     painter.resetTransform();
     painter.drawImage(0, 0, shadow);

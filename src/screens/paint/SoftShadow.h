@@ -33,7 +33,6 @@ Q_SIGNALS:
 
 protected:
     [[nodiscard]] QRectF pictureArea() const override;
-    [[nodiscard]] qreal pictureScale(qreal displayScale) const override;
     void paintPicture(QPainter &painter) const override;
 
 private:
