@@ -5,6 +5,8 @@
 #include <QAbstractListModel>
 #include <QtQml/qqmlregistration.h>
 
+#include <algorithm>
+
 namespace talvenor {
 
 /// A list model whose rows have identities, and which therefore tells its views what exactly has changed.
@@ -76,8 +78,8 @@ private:
         case ListChange::Kind::insert:
             // Everything before an insertion is in place already, so positions are those of the new list.
             beginInsertRows({}, first, last);
-            for (int row = first; row <= last; ++row)
-                rows.insert(row, next.at(row));
+            rows.insert(first, change.count, Row());
+            std::copy(next.begin() + first, next.begin() + last + 1, rows.begin() + first);
             endInsertRows();
             break;
         case ListChange::Kind::remove:

@@ -1,43 +1,110 @@
 #include "screens/RecordingListModel.h"
 
+#include "screens/CaseFolding.h"
 #include "screens/RecordingStatusText.h"
 #include "settings/AppSettings.h"
+#include "settings/L10n.h"
 
-#include <QLocale>
+#include <QHash>
+#include <QStringMatcher>
+
+#include <algorithm>
+#include <utility>
 
 namespace talvenor {
 
 namespace {
 
-/// Whether two states of one recording look the same in a row; the transcript is compared by its being there.
-bool looksSame(const Recording &a, const Recording &b)
+/// Line breaks and control characters as spaces, for a text that is shown in one line.
+QString inOneLine(const QString &text)
 {
-    return a.title == b.title && a.date == b.date && a.duration == b.duration && a.status == b.status &&
-           a.transcriptSegments.isEmpty() == b.transcriptSegments.isEmpty() &&
-           a.summary.has_value() == b.summary.has_value();
+    const auto breaksLine = [](QChar character) {
+        const QChar::Category category = character.category();
+        return category == QChar::Other_Control || category == QChar::Separator_Line ||
+               category == QChar::Separator_Paragraph;
+    };
+    if (std::none_of(text.cbegin(), text.cend(), breaksLine))
+        return text;
+    QString line = text;
+    std::replace_if(line.begin(), line.end(), breaksLine, u' ');
+    return line;
 }
 
-/// Case folded by the rules of the system's locale, in which a Turkish I is another letter.
-QString folded(const QString &text)
+/// The beginning of a text, never ending within a character.
+QString beginningOf(const QString &text, qsizetype longest)
 {
-    return QLocale::system().toLower(QLocale::system().toUpper(text));
+    if (text.size() <= longest)
+        return text;
+    const qsizetype end = text.at(longest - 1).isHighSurrogate() ? longest - 1 : longest;
+    return text.first(end) + u'…';
 }
 
 } // namespace
 
+/// What the list needs of one recording, as long as it looks the same.
+struct RecordingListModel::Entry
+{
+    explicit Entry(const Recording &recording)
+        : id(recording.id), title(recording.title), date(recording.date), duration(recording.duration),
+          status(recording.status), hasTranscript(!recording.transcriptSegments.isEmpty()),
+          hasSummary(recording.summary.has_value()), spokenTitle(inOneLine(title)),
+          shownTitle(beginningOf(spokenTitle, longestShownTitle))
+    {
+    }
+
+    /// Whether the row of this recording would be the same; the transcript is compared by its being there.
+    [[nodiscard]] bool shows(const Recording &recording) const
+    {
+        return recording.id == id && recording.status == status && recording.duration == duration &&
+               recording.transcriptSegments.isEmpty() != hasTranscript &&
+               recording.summary.has_value() == hasSummary && recording.date == date &&
+               recording.title == title;
+    }
+
+    [[nodiscard]] const QString &foldedTitle() const
+    {
+        if (folded.isNull())
+            folded = title.isEmpty() ? QStringLiteral("") : foldCase(title);
+        return folded;
+    }
+
+    [[nodiscard]] const QString &formattedDate() const
+    {
+        if (dateText.isNull()) {
+            Recording recording;
+            recording.date = date;
+            dateText = recording.formattedDate();
+        }
+        return dateText;
+    }
+
+    QUuid id;
+    QString title;
+    QDateTime date;
+    double duration;
+    RecordingStatus status;
+    bool hasTranscript;
+    bool hasSummary;
+    QString spokenTitle;
+    QString shownTitle;
+
+private:
+    mutable QString folded;   ///< null until it is asked for
+    mutable QString dateText; ///< likewise
+};
+
 RecordingListModel::RecordingListModel(RecorderViewModel &viewModel, QObject *parent)
-    : KeyedListModel(parent), m_viewModel(viewModel)
+    : KeyedListModel(parent), m_viewModel(viewModel), m_language(L10n::current())
 {
     connect(&viewModel, &RecorderViewModel::recordingsChanged, this, &RecordingListModel::refresh);
     connect(&viewModel, &RecorderViewModel::selectedRecordingChanged, this,
             &RecordingListModel::refreshSelection);
-    connect(&AppSettings::shared(), &AppSettings::changed, this, [this] {
-        if (!m_rows.isEmpty())
-            Q_EMIT dataChanged(index(0), index(rowCount() - 1), {statusTextRole});
-    });
+    connect(&AppSettings::shared(), &AppSettings::changed, this, &RecordingListModel::refreshLanguage);
     refresh();
     refreshSelection();
 }
+
+RecordingListModel::~RecordingListModel() = default;
 
 int RecordingListModel::rowCount(const QModelIndex &parent) const
 {
@@ -46,9 +113,15 @@ int RecordingListModel::rowCount(const QModelIndex &parent) const
 
 QHash<int, QByteArray> RecordingListModel::roleNames() const
 {
-    return {{idRole, "recordingId"},     {titleRole, "title"},
-            {dateRole, "formattedDate"}, {durationRole, "formattedDuration"},
-            {statusRole, "statusForm"},  {statusTextRole, "statusText"},
+    return {{idRole, "recordingId"},
+            {titleRole, "title"},
+            {nameRole, "spokenName"},
+            {dateRole, "formattedDate"},
+            {durationRole, "formattedDuration"},
+            {statusRole, "statusForm"},
+            {statusTextRole, "statusText"},
+            {symbolRole, "statusSymbol"},
+            {symbolColorRole, "statusColor"},
             {selectedRole, "isSelected"}};
 }
 
@@ -56,22 +129,30 @@ QVariant RecordingListModel::data(const QModelIndex &index, int role) const
 {
     if (!checkIndex(index, CheckIndexOption::IndexIsValid))
         return {};
-    const Recording &recording = m_rows.at(index.row());
+    const Entry &entry = *m_rows.at(index.row());
     switch (role) {
     case idRole:
-        return recording.id.toString();
+        return entry.id.toString();
     case titleRole:
-        return recording.title;
+        return entry.shownTitle;
+    case nameRole:
+        // A title without any character to speak is spoken like the one that a stop gives in its place.
+        return entry.spokenTitle.trimmed().isEmpty() ? L10n::meetingTitle(entry.formattedDate())
+                                                     : entry.spokenTitle;
     case dateRole:
-        return recording.formattedDate();
+        return entry.formattedDate();
     case durationRole:
-        return recording.formattedDuration();
+        return formatDuration(entry.duration);
     case statusRole:
-        return stringForm(recording.status);
+        return stringForm(entry.status);
     case statusTextRole:
-        return statusText(recording.status);
+        return statusText(entry.status);
+    case symbolRole:
+        return statusMark(entry.status, entry.hasTranscript, entry.hasSummary).symbol;
+    case symbolColorRole:
+        return statusMark(entry.status, entry.hasTranscript, entry.hasSummary).color;
     case selectedRole:
-        return recording.id == m_selectedId;
+        return entry.id == m_selectedId;
     default:
         return {};
     }
@@ -81,9 +162,13 @@ void RecordingListModel::setSearchText(const QString &text)
 {
     if (m_searchText == text)
         return;
+    const QString folded = foldCase(text);
+    // What holds the longer text is among what holds a part of it.
+    const bool isNarrower = folded.contains(m_foldedText);
     m_searchText = text;
+    m_foldedText = folded;
     Q_EMIT searchTextChanged();
-    refresh();
+    showRows(filtered(isNarrower ? m_rows : m_entries, folded));
 }
 
 int RecordingListModel::selectedRow() const
@@ -91,7 +176,7 @@ int RecordingListModel::selectedRow() const
     if (m_selectedId.isNull())
         return -1;
     for (int row = 0; row < rowCount(); ++row) {
-        if (m_rows.at(row).id == m_selectedId)
+        if (m_rows.at(row)->id == m_selectedId)
             return row;
     }
     return -1;
@@ -99,19 +184,53 @@ int RecordingListModel::selectedRow() const
 
 void RecordingListModel::refresh()
 {
-    const int selectedBefore = selectedRow();
-    QList<Recording> next;
-    if (m_searchText.isEmpty()) {
-        next = m_viewModel.recordings();
-    } else {
-        const QString wanted = folded(m_searchText);
-        for (const Recording &recording : m_viewModel.recordings()) {
-            if (folded(recording.title).contains(wanted))
-                next.append(recording);
+    m_entries = currentEntries();
+    showRows(filtered(m_entries, m_foldedText));
+}
+
+RecordingListModel::Entries RecordingListModel::currentEntries() const
+{
+    const QList<Recording> &recordings = m_viewModel.recordings();
+    Entries entries;
+    entries.reserve(recordings.size());
+    QHash<QUuid, qsizetype> places; // made once an entry is not where the one before lets expect it
+    qsizetype expected = 0;
+    for (const Recording &recording : recordings) {
+        qsizetype at = expected;
+        if (at >= m_entries.size() || m_entries.at(at)->id != recording.id) {
+            for (qsizetype i = places.isEmpty() ? 0 : m_entries.size(); i < m_entries.size(); ++i)
+                places.insert(m_entries.at(i)->id, i);
+            at = places.value(recording.id, -1);
         }
+        if (at >= 0)
+            expected = at + 1;
+        if (at >= 0 && m_entries.at(at)->shows(recording))
+            entries.append(m_entries.at(at));
+        else
+            entries.append(std::make_shared<const Entry>(recording));
     }
+    return entries;
+}
+
+RecordingListModel::Entries RecordingListModel::filtered(const Entries &entries, const QString &foldedText)
+{
+    if (foldedText.isEmpty())
+        return entries;
+    const QStringMatcher matcher(foldedText);
+    Entries found;
+    for (const std::shared_ptr<const Entry> &entry : entries) {
+        if (matcher.indexIn(entry->foldedTitle()) >= 0)
+            found.append(entry);
+    }
+    return found;
+}
+
+void RecordingListModel::showRows(const Entries &next)
+{
+    const int selectedBefore = selectedRow();
     replaceRows(
-        m_rows, next, [](const Recording &recording) { return recording.id; }, looksSame);
+        m_rows, next, [](const auto &entry) { return entry->id; },
+        [](const auto &a, const auto &b) { return a == b; });
     if (selectedRow() != selectedBefore)
         Q_EMIT selectedRowChanged();
 }
@@ -121,14 +240,23 @@ void RecordingListModel::refreshSelection()
     const QUuid selected = m_viewModel.selectedRecording() ? m_viewModel.selectedRecording()->id : QUuid();
     if (selected == m_selectedId)
         return;
-    const int before = selectedRow();
-    m_selectedId = selected;
-    const int after = selectedRow();
-    for (const int row : {before, after}) {
-        if (row >= 0)
+    const QUuid before = std::exchange(m_selectedId, selected);
+    for (int row = 0; row < rowCount(); ++row) {
+        const QUuid &id = m_rows.at(row)->id;
+        if (id == before || id == selected)
             Q_EMIT dataChanged(index(row), index(row), {selectedRole});
     }
     Q_EMIT selectedRowChanged();
+}
+
+void RecordingListModel::refreshLanguage()
+{
+    // Most changes are of other settings.
+    if (m_language == L10n::current())
+        return;
+    m_language = L10n::current();
+    if (!m_rows.isEmpty())
+        Q_EMIT dataChanged(index(0), index(rowCount() - 1), {nameRole, statusTextRole});
 }
 
 std::optional<Recording> RecordingListModel::recordingWithId(const QString &id) const
@@ -144,8 +272,16 @@ std::optional<Recording> RecordingListModel::recordingWithId(const QString &id) 
 
 void RecordingListModel::select(int row)
 {
-    if (row >= 0 && row < rowCount())
-        m_viewModel.setSelectedRecording(m_rows.at(row));
+    if (row < 0 || row >= rowCount())
+        return;
+    const Entry &entry = *m_rows.at(row);
+    const QList<Recording> &recordings = m_viewModel.recordings();
+    // Ids may repeat in a file that was not written here; the row's recording is then the one that looks like
+    // it.
+    const auto isRows = [&entry](const Recording &recording) { return entry.shows(recording); };
+    const auto found = std::find_if(recordings.cbegin(), recordings.cend(), isRows);
+    if (found != recordings.cend())
+        m_viewModel.setSelectedRecording(*found);
 }
 
 bool RecordingListModel::canTranscribe(const QString &id) const

@@ -2,13 +2,17 @@
 
 #include "recorder/RecorderViewModel.h"
 #include "screens/KeyedListModel.h"
+#include "settings/AppLanguage.h"
+
+#include <memory>
 
 namespace talvenor {
 
 /// The sidebar's list: the recordings whose title holds the search text, in the order of the view model.
 ///
-/// Main thread. A text of spaces is a search like any other; only titles are searched, regardless of case by
-/// the rules of the system's locale.
+/// Main thread. A text of spaces is a search like any other; only titles are searched, regardless of case
+/// (see foldCase). What a row shows is worked out once and kept until its recording changes: titles are
+/// folded when they are first searched, dates written when they are first shown.
 class RecordingListModel : public KeyedListModel
 {
     Q_OBJECT
@@ -20,16 +24,25 @@ class RecordingListModel : public KeyedListModel
 public:
     enum Role {
         idRole = Qt::UserRole + 1,
-        titleRole,
+        titleRole, ///< in one line
+        nameRole,  ///< as it is spoken: the whole title in one line, or what stands for an empty one
         dateRole,
         durationRole,
         statusRole,
         statusTextRole,
+        symbolRole,
+        symbolColorRole, ///< the name of the theme's property
         selectedRole
     };
 
+    /// Longer titles are cut where they are shown: no screen is that wide, and laying out megabytes takes
+    /// seconds.
+    static constexpr qsizetype longestShownTitle = 500;
+
     /// `viewModel` outlives the model.
     explicit RecordingListModel(RecorderViewModel &viewModel, QObject *parent = nullptr);
+    ~RecordingListModel() override;
+    Q_DISABLE_COPY_MOVE(RecordingListModel)
 
     [[nodiscard]] int rowCount(const QModelIndex &parent = {}) const override;
     [[nodiscard]] QVariant data(const QModelIndex &index, int role) const override;
@@ -37,7 +50,7 @@ public:
 
     [[nodiscard]] const QString &searchText() const { return m_searchText; }
     void setSearchText(const QString &text);
-    /// The row of the selected recording, -1 if it is not listed.
+    /// The first row of the selected recording, -1 if it is not listed.
     [[nodiscard]] int selectedRow() const;
 
     /// Makes the row's recording the selected one; a row that does not exist is passed over.
@@ -62,14 +75,25 @@ Q_SIGNALS:
     void selectedRowChanged();
 
 private:
+    struct Entry;
+    using Entries = QList<std::shared_ptr<const Entry>>; ///< shared by all that list a recording
+
     void refresh();
     void refreshSelection();
+    void refreshLanguage();
+    /// Shows `next`, and announces which rows that changes.
+    void showRows(const Entries &next);
+    [[nodiscard]] Entries currentEntries() const;
+    [[nodiscard]] static Entries filtered(const Entries &entries, const QString &foldedText);
     [[nodiscard]] std::optional<Recording> recordingWithId(const QString &id) const;
 
     RecorderViewModel &m_viewModel;
     QString m_searchText;
-    QList<Recording> m_rows;
+    QString m_foldedText;
+    Entries m_entries;  ///< of all recordings
+    Entries m_rows;     ///< those of them that are listed
     QUuid m_selectedId; ///< null without a selection
+    AppLanguage m_language;
 };
 
 } // namespace talvenor

@@ -22,6 +22,27 @@ QString statusText(RecordingStatus status)
     programmingError(QStringLiteral("a status without a label"));
 }
 
+StatusMark statusMark(RecordingStatus status, bool hasTranscript, bool hasSummary)
+{
+    switch (status) {
+    case RecordingStatus::recording:
+        return {QStringLiteral("waveform"), QStringLiteral("red")};
+    case RecordingStatus::transcribing:
+        return {QStringLiteral("text.bubble"), QStringLiteral("orange")};
+    case RecordingStatus::summarizing:
+        return {QStringLiteral("sparkles"), QStringLiteral("systemPurple")};
+    case RecordingStatus::completed:
+        if (hasSummary)
+            return {QStringLiteral("checkmark.circle.fill"), QStringLiteral("green")};
+        if (hasTranscript)
+            return {QStringLiteral("text.badge.checkmark"), QStringLiteral("blue")};
+        return {QStringLiteral("waveform"), QStringLiteral("secondary")};
+    case RecordingStatus::failed:
+        return {QStringLiteral("exclamationmark.triangle.fill"), QStringLiteral("red")};
+    }
+    programmingError(QStringLiteral("a status without a mark"));
+}
+
 bool offersTranscription(const Recording &recording)
 {
     return recording.status == RecordingStatus::completed && recording.transcriptSegments.isEmpty();

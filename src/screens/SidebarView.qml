@@ -1,7 +1,6 @@
 pragma ComponentBehavior: Bound
 
 import QtQuick
-import QtQuick.Templates as T
 import Talvenor
 
 /// The left column: the name, the wide button, the search field and the list.
@@ -11,111 +10,126 @@ Rectangle {
     required property RecordState record
     required property RecordingListModel recordings
 
-    readonly property int selectedRow: recordings.selectedRow
+    readonly property real minimumWidth: 280
+    readonly property string searchText: search.text
+    /// Of the recording under the pointer; empty for none.
+    property string hoveredId
 
+    implicitWidth: 300
+    implicitHeight: 640
     color: Theme.sidebar
-    onSelectedRowChanged: if (selectedRow >= 0) {
-        list.currentIndex = selectedRow;
-        // A new recording comes in above what is visible.
-        list.positionViewAtIndex(selectedRow, ListView.Contain);
-    }
+    // The filter is this view's: one that is made anew begins with all.
+    Component.onCompleted: recordings.searchText = ""
 
-    Column {
-        id: top
+    FontMetrics {
+        id: titleMetrics
+        font.pixelSize: Theme.subheadline
+        font.weight: Font.Medium
+    }
+    FontMetrics {
+        id: detailMetrics
+        font.pixelSize: Theme.caption2
+    }
+    Item {
+        id: header
+        objectName: "sidebarHeader"
         anchors.left: parent.left
         anchors.right: parent.right
         anchors.top: parent.top
         anchors.leftMargin: 16
         anchors.rightMargin: 16
         anchors.topMargin: 12
-        spacing: 14
+        height: Math.max(28, Math.ceil(name.implicitHeight))
 
-        Row {
-            spacing: 8
-
-            Image {
-                anchors.verticalCenter: parent.verticalCenter
-                width: 28
-                height: 28
-                source: "qrc:/talvenor/AppIcon.png"
-                sourceSize.width: 56
-                sourceSize.height: 56
-            }
-            StaticText {
-                anchors.verticalCenter: parent.verticalCenter
-                text: L10n.appName
-                font.pixelSize: Theme.title3
-                font.weight: Font.Bold
-            }
+        Image {
+            id: icon
+            objectName: "appIcon"
+            anchors.verticalCenter: parent.verticalCenter
+            width: 28
+            height: 28
+            fillMode: Image.PreserveAspectFit
+            source: "qrc:/talvenor/AppIcon.png"
+            sourceSize.width: Math.ceil(28 * Screen.devicePixelRatio)
+            sourceSize.height: Math.ceil(28 * Screen.devicePixelRatio)
         }
-        WideButton {
-            width: parent.width
-            record: sidebar.record
+        Symbol {
+            anchors.fill: icon
+            visible: icon.status === Image.Error
+            name: visible ? "waveform.circle.fill" : ""
+            size: Theme.title2
+            gradientStart: Theme.purple
+            gradientEnd: Theme.blue
         }
-        Item {
-            width: parent.width
-            height: search.implicitHeight
-
-            InputField {
-                id: search
-                anchors.fill: parent
-                anchors.rightMargin: clear.visible ? clear.width + 6 : 0
-                placeholder: L10n.searchRecordings
-                font.pixelSize: Theme.subheadline
-                onTextChanged: {
-                    sidebar.recordings.searchText = text;
-                    list.positionViewAtBeginning();
-                }
-                // A screen made anew finds the filter as it was left.
-                Component.onCompleted: text = sidebar.recordings.searchText
-            }
-            PushButton {
-                id: clear
-                anchors.right: parent.right
-                anchors.verticalCenter: parent.verticalCenter
-                look: PushButton.Glyph
-                visible: search.text.length > 0
-                text: "✕"
-                spokenName: L10n.isGerman ? "Suche leeren" : "Clear Search"
-                onClicked: {
-                    search.text = "";
-                    search.forceActiveFocus();
-                }
-            }
-        }
-        Rectangle {
-            width: parent.width
-            height: 1
-            color: Theme.divider
+        StaticText {
+            id: name
+            objectName: "appName"
+            anchors.left: icon.right
+            anchors.leftMargin: 8
+            anchors.right: parent.right
+            anchors.verticalCenter: parent.verticalCenter
+            text: L10n.appName
+            font.pixelSize: Theme.title3
+            font.weight: Font.Bold
+            elide: Text.ElideRight
         }
     }
-
-    ListView {
+    WideButton {
+        id: wideButton
+        objectName: "wideButton"
+        anchors.left: header.left
+        anchors.right: header.right
+        anchors.top: header.bottom
+        anchors.topMargin: 14
+        record: sidebar.record
+    }
+    SearchField {
+        id: search
+        objectName: "searchField"
+        anchors.left: header.left
+        anchors.right: header.right
+        anchors.top: wideButton.bottom
+        anchors.topMargin: 14
+        placeholder: L10n.searchRecordings
+        onTextChanged: {
+            sidebar.recordings.searchText = text;
+            list.positionViewAtBeginning();
+        }
+    }
+    Divider {
+        id: divider
+        objectName: "sidebarDivider"
+        anchors.left: header.left
+        anchors.right: header.right
+        anchors.top: search.bottom
+        anchors.topMargin: 10
+    }
+    RecordingList {
         id: list
+        objectName: "recordingList"
         anchors.left: parent.left
         anchors.right: parent.right
-        anchors.top: top.bottom
+        anchors.top: divider.bottom
         anchors.bottom: parent.bottom
         anchors.leftMargin: 8
         anchors.rightMargin: 8
-        anchors.topMargin: 6
-        clip: true
-        spacing: 2
         visible: count > 0
-        activeFocusOnTab: true
-        keyNavigationEnabled: true
-        boundsBehavior: Flickable.StopAtBounds
-        model: sidebar.recordings
-        Accessible.role: Accessible.List
-        Accessible.name: L10n.recordings
-        T.ScrollBar.vertical: ScrollIndicatorBar {}
-        onActiveFocusChanged: if (activeFocus && currentIndex < 0)
-            currentIndex = 0
+        recordings: sidebar.recordings
+        barParent: sidebar
+        onMenuRequested: (id, x, y) => menu.openFor(id, list, x, y)
 
         delegate: RecordingRow {
-            width: ListView.view.width
-            onChosen: sidebar.recordings.select(index)
-            onMenuRequested: (x, y) => menu.openFor(this, recordingId, x, y)
+            width: list.width
+            titleHeight: Math.ceil(titleMetrics.height)
+            detailHeight: Math.ceil(detailMetrics.height)
+            isHovered: recordingId === sidebar.hoveredId
+            onPointerEntered: sidebar.hoveredId = recordingId
+            onPointerLeft: if (isHovered)
+                sidebar.hoveredId = ""
+            onChosen: list.choose(index)
+            onMenuRequested: (x, y) => {
+                list.currentIndex = index;
+                list.menuRequested(recordingId, this.x + x, this.y - list.contentY + y);
+            }
         }
     }
     RecordingMenu {
@@ -123,10 +137,17 @@ Rectangle {
         recordings: sidebar.recordings
     }
     EmptyState {
-        anchors.centerIn: list
-        width: list.width
+        objectName: "emptyState"
+        anchors.left: parent.left
+        anchors.right: parent.right
+        anchors.top: divider.bottom
+        anchors.bottom: parent.bottom
         visible: list.count === 0
-        title: search.text.length > 0 ? L10n.noResults : L10n.noRecordingsYet
-        hint: search.text.length > 0 ? "" : L10n.noRecordingsSubtitle
+        circleColor: Theme.withOpacity(Theme.purple, 0.08)
+        diameter: 80
+        symbol: "waveform.slash"
+        symbolSize: Theme.scaled(30)
+        title: sidebar.searchText.length > 0 ? L10n.noResults : L10n.noRecordingsYet
+        hint: sidebar.searchText.length > 0 ? "" : L10n.noRecordingsSubtitle
     }
 }

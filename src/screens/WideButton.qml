@@ -8,10 +8,14 @@ T.Button {
 
     required property RecordState record
 
-    implicitHeight: 44
+    implicitWidth: implicitContentWidth + leftPadding + rightPadding
+    implicitHeight: Math.ceil(implicitContentHeight) + topPadding + bottomPadding
     horizontalPadding: 14
+    verticalPadding: 10
     focusPolicy: Qt.StrongFocus
     text: record.isRecording ? L10n.stopRecording : L10n.newRecording
+    font.pixelSize: Theme.subheadline
+    font.weight: Font.DemiBold
     Accessible.name: text
     Accessible.onPressAction: if (enabled)
         button.clicked()
@@ -19,54 +23,35 @@ T.Button {
     Keys.onEnterPressed: button.clicked()
     onClicked: record.stopOrShowRecordScreen()
 
-    contentItem: Item {
-        Rectangle {
-            anchors.verticalCenter: parent.verticalCenter
-            width: 24
-            height: 24
-            radius: 12
-            color: Qt.rgba(1, 1, 1, 0.2)
-
-            Rectangle {
-                anchors.centerIn: parent
-                width: 10
-                height: button.record.isRecording ? 10 : 2
-                radius: 1
-                color: "#ffffff"
-            }
-            Rectangle {
-                anchors.centerIn: parent
-                visible: !button.record.isRecording
-                width: 2
-                height: 10
-                radius: 1
-                color: "#ffffff"
-            }
-        }
-        Text {
-            x: 34
-            anchors.verticalCenter: parent.verticalCenter
-            text: button.text
-            color: "#ffffff"
-            font.pixelSize: Theme.subheadline
-            font.weight: Font.DemiBold
-        }
-        StaticText {
-            anchors.right: parent.right
-            anchors.verticalCenter: parent.verticalCenter
-            visible: button.record.isRecording
-            text: button.record.formattedDuration
-            color: Qt.rgba(1, 1, 1, 0.85)
-            font.pixelSize: Theme.caption
-            font.family: "monospace"
-        }
-    }
-    background: AccentFill {
-        radius: 12
-        opacity: button.hovered || button.down ? 0.9 : 1
+    contentItem: WideButtonLabel {
         isRecording: button.record.isRecording
-        isHorizontal: true
-
+        text: button.text
+        time: button.record.formattedDuration
+        font: button.font
+    }
+    background: Item {
+        SoftShadow {
+            objectName: "wideButtonShadow"
+            anchors.fill: parent
+            color: Theme.withOpacity(button.record.isRecording ? Theme.red : Theme.purple, 0.2)
+            blurRadius: 8
+            offsetY: 4
+            cornerRadius: 12
+        }
+        GradientFill {
+            objectName: "wideButtonFill"
+            anchors.fill: parent
+            radius: 12
+            startColor: button.record.isRecording ? Theme.recordingStart : Theme.purple
+            endColor: button.record.isRecording ? Theme.recordingEnd : Theme.blue
+            endPoint: Qt.point(1, 0)
+        }
+        Rectangle {
+            anchors.fill: parent
+            radius: 12
+            visible: button.down
+            color: Theme.withOpacity(Theme.black, 0.12)
+        }
         FocusRing {
             radius: 15
             visible: button.visualFocus
