@@ -206,6 +206,8 @@ QColor RenderedScene::themeColor(const char *name) const
 
 void RenderedScene::hover(QPointF point) const
 {
+    // A move to where the pointer was in another window would be none.
+    QTest::mouseMove(m_window.get(), point.toPoint() + QPoint(1, 1));
     QTest::mouseMove(m_window.get(), point.toPoint());
 }
 

@@ -22,13 +22,8 @@ Item {
         anchors.fill: parent
         radius: 12
         startColor: Theme.cardFill
-    }
-    // A stroke lies on its outline, half of it outside of the card.
-    GradientFill {
-        anchors.fill: parent
-        anchors.margins: -0.5
-        radius: 12.5
         borderWidth: 1
+        isBorderCentered: true
         borderStartColor: Theme.cardBorder
     }
     ColumnLayout {

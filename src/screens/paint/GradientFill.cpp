@@ -4,6 +4,8 @@
 #include <QPainter>
 #include <QPainterPath>
 
+#include <cmath>
+
 namespace talvenor {
 
 namespace {
@@ -22,6 +24,15 @@ QPainterPath roundedRectangle(const QRectF &area, qreal radius)
 GradientFill::GradientFill(QQuickItem *parent) : PaintedItem(parent)
 {
     connect(this, &GradientFill::changed, this, &GradientFill::repaintPicture);
+}
+
+QRectF GradientFill::pictureArea() const
+{
+    const QRectF area = boundingRect();
+    if (area.isEmpty() || !m_isBorderCentered)
+        return area;
+    const qreal outside = std::ceil(m_borderWidth / 2);
+    return area.marginsAdded({outside, outside, outside, outside});
 }
 
 void GradientFill::paintPicture(QPainter &painter) const
@@ -46,13 +57,15 @@ void GradientFill::paintFill(QPainter &painter) const
 void GradientFill::paintBorder(QPainter &painter) const
 {
     const QRectF area = boundingRect();
-    const QRectF inner = area.marginsRemoved({m_borderWidth, m_borderWidth, m_borderWidth, m_borderWidth});
+    const qreal corner = std::min(m_radius, std::min(area.width(), area.height()) / 2);
+    const qreal outside = m_isBorderCentered ? m_borderWidth / 2 : 0;
+    const qreal inside = m_borderWidth - outside;
     // As a shape between two outlines: a pen's width would be rounded for thin lines.
-    QPainterPath border = roundedRectangle(area, m_radius);
-    if (inner.isValid()) {
-        const qreal fitting = std::min(m_radius, std::min(area.width(), area.height()) / 2);
-        border.addPath(roundedRectangle(inner, fitting - m_borderWidth));
-    }
+    QPainterPath border = roundedRectangle(area.marginsAdded({outside, outside, outside, outside}),
+                                           corner > 0 ? corner + outside : 0);
+    const QRectF inner = area.marginsRemoved({inside, inside, inside, inside});
+    if (inner.isValid())
+        border.addPath(roundedRectangle(inner, corner - inside));
     border.setFillRule(Qt::OddEvenFill);
     QLinearGradient gradient(area.topLeft(), m_isBorderVertical ? area.bottomLeft() : area.topRight());
     setEvenStops(gradient, {m_borderStartColor, m_borderMiddleColor, m_borderEndColor});

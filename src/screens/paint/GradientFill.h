@@ -6,8 +6,8 @@
 
 namespace talvenor {
 
-/// A rounded rectangle filled with a linear gradient, and on wish with a border that is stroked inside its
-/// shape with a gradient of its own.
+/// A rounded rectangle filled with a linear gradient, and on wish with a border in a gradient of
+/// its own.
 ///
 /// By default the gradient runs from the top left corner to the bottom right one. A radius of half the
 /// smaller side or more gives a capsule or a circle. Colours that are not set are not drawn: without any of
@@ -31,6 +31,9 @@ class GradientFill : public talvenor::PaintedItem
     Q_PROPERTY(QColor borderStartColor MEMBER m_borderStartColor NOTIFY changed)
     Q_PROPERTY(QColor borderMiddleColor MEMBER m_borderMiddleColor NOTIFY changed)
     Q_PROPERTY(QColor borderEndColor MEMBER m_borderEndColor NOTIFY changed)
+    /// True if the border lies on the shape's outline, half of it outside, false if it lies inside of the
+    /// shape.
+    Q_PROPERTY(bool isBorderCentered MEMBER m_isBorderCentered NOTIFY changed)
     /// True if the border's gradient runs from top to bottom, false if from left to right.
     Q_PROPERTY(bool isBorderVertical MEMBER m_isBorderVertical NOTIFY changed)
 
@@ -41,7 +44,7 @@ Q_SIGNALS:
     void changed();
 
 protected:
-    [[nodiscard]] QRectF pictureArea() const override { return boundingRect(); }
+    [[nodiscard]] QRectF pictureArea() const override;
     void paintPicture(QPainter &painter) const override;
 
 private:
@@ -58,6 +61,7 @@ private:
     QColor m_borderStartColor;
     QColor m_borderMiddleColor;
     QColor m_borderEndColor;
+    bool m_isBorderCentered = false;
     bool m_isBorderVertical = false;
 };
 
