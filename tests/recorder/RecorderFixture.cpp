@@ -25,6 +25,7 @@ public:
         co_return m_fixture.hasMicrophone ? AudioFormat{48000, 1} : AudioFormat{};
     }
     void installTap(std::uint32_t, const AudioFormat &, Tap tap) override { m_fixture.tap = std::move(tap); }
+    void endIntake() override {}
     void removeTap() override { m_fixture.tap = nullptr; }
     void prepare() override {}
     Task<> start() override
