@@ -203,8 +203,6 @@ private:
 
 } // namespace talvenor
 
-Q_DECLARE_METATYPE(talvenor::AuthorizationStatus)
-
 using talvenor::PermissionServiceTest;
 QTEST_GUILESS_MAIN(PermissionServiceTest)
 #include "PermissionServiceTest.moc"
