@@ -6,12 +6,16 @@
 
 #include <QDir>
 #include <QFile>
+#include <QScopeGuard>
 #include <QTemporaryDir>
 #include <QTest>
 
+#include <atomic>
 #include <cerrno>
 #include <csignal>
 
+#include <sys/file.h>
+#include <sys/syscall.h>
 #include <sys/wait.h>
 #include <unistd.h>
 
@@ -19,6 +23,9 @@ using namespace talvenor;
 using namespace std::chrono_literals;
 
 namespace {
+
+/// Whether the file system of this program has locks; some of those that lie on a network have none.
+std::atomic<bool> locksWork = true;
 
 const QString kShell = QStringLiteral("/bin/sh");
 
@@ -221,6 +228,17 @@ private Q_SLOTS:
         QVERIFY(!QFileInfo::exists(QFileInfo(path).path()));
     }
 
+    void aFileSystemWithoutLocksHasPrivateFoldersToo()
+    {
+        locksWork = false;
+        const auto again = qScopeGuard([] { locksWork = true; });
+        const PrivateFolder inUse;
+        QFile audio(inUse.filePath(QStringLiteral("audio.wav")));
+        QVERIFY(audio.open(QIODevice::WriteOnly));
+        const PrivateFolder next;
+        QVERIFY(audio.exists()); // nobody can tell whether it is in use
+    }
+
     void whatAKilledProgramHasLeftIsRemovedAndWhatIsInUseIsNot()
     {
         const PrivateFolder inUse;
@@ -254,6 +272,16 @@ private Q_SLOTS:
         ::close(ends[1]);
     }
 };
+
+/// Takes the place of the C library's function.
+extern "C" int flock(int fd, int operation) noexcept
+{
+    if (!locksWork) {
+        errno = ENOLCK;
+        return -1;
+    }
+    return int(::syscall(SYS_flock, fd, operation));
+}
 
 QTEST_GUILESS_MAIN(ChildProcessTest)
 #include "ChildProcessTest.moc"

@@ -21,16 +21,14 @@ namespace {
 const QString kPrefix = QStringLiteral("transcription-");
 const QString kLockName = QStringLiteral("/lock");
 
-// The lock's descriptor, or -1 if another process holds it or there is none.
-int takeLock(const QString &folder, int flags)
+int openLock(const QString &folder, int flags)
 {
-    const int lock =
-        ::open(QFile::encodeName(folder + kLockName).constData(), flags | O_RDWR | O_CLOEXEC, 0600);
-    if (lock >= 0 && ::flock(lock, LOCK_EX | LOCK_NB) != 0) {
-        ::close(lock);
-        return -1;
-    }
-    return lock;
+    return ::open(QFile::encodeName(folder + kLockName).constData(), flags | O_RDWR | O_CLOEXEC, 0600);
+}
+
+bool isLocked(int lock)
+{
+    return ::flock(lock, LOCK_EX | LOCK_NB) == 0;
 }
 
 // A meeting's sound stays where only its user looks, and on the disk: two hours of it are 230 MB, more than
@@ -50,10 +48,12 @@ void removeAbandonedFolders(const QDir &work)
     for (const QFileInfo &folder : folders) {
         if (folder.ownerId() != ::getuid())
             continue;
-        const int lock = takeLock(folder.filePath(), 0);
+        const int lock = openLock(folder.filePath(), 0);
         if (lock < 0)
-            continue; // in use, or so new that it has no lock and nothing in it yet
-        QDir(folder.filePath()).removeRecursively();
+            continue; // so new that it has no lock and nothing in it yet
+        // Where the lock cannot be had the folder is in use, or the file system has no locks to tell.
+        if (isLocked(lock))
+            QDir(folder.filePath()).removeRecursively();
         ::close(lock);
     }
 }
@@ -75,12 +75,14 @@ PrivateFolder::PrivateFolder()
     if (::mkdtemp(path.data()) == nullptr)
         throwCannotBeMade(errno);
     m_path = QFile::decodeName(path);
-    m_lock = takeLock(m_path, O_CREAT);
-    if (m_lock < 0) {
-        const int code = errno;
-        QDir(m_path).removeRecursively();
-        throwCannotBeMade(code);
-    }
+    m_lock = openLock(m_path, O_CREAT);
+    if (m_lock >= 0 && (isLocked(m_lock) || errno != EWOULDBLOCK))
+        return; // a file system without locks has none to lose
+    const int code = errno;
+    QDir(m_path).removeRecursively();
+    if (m_lock >= 0)
+        ::close(m_lock);
+    throwCannotBeMade(code);
 }
 
 PrivateFolder::~PrivateFolder()
