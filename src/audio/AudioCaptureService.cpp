@@ -29,6 +29,8 @@ AudioCaptureService::~AudioCaptureService()
 {
     ++m_stopCount;
     m_levelTimer.reset();
+    if (m_engine)
+        m_engine->endIntake();
     m_finisher.waitForDone();
     // A start that is under way holds the engine and the stream too, and may never go on: at the end of the
     // program no event loop runs any more. So both are stopped, not only let go.
