@@ -11,8 +11,8 @@ namespace talvenor {
 
 namespace {
 
-/// Qt Quick's own interface, which forgets that an item can be disabled, that a field can be written to, and
-/// that the text of a secure one is nobody's business.
+/// Qt Quick's own interface, which forgets that an item can be disabled, that a field can be written to, that
+/// a progress bar has a value, and that the text of a secure field is nobody's business.
 class AccessibleItem final : public QAccessibleQuickItem, public QAccessibleEditableTextInterface
 {
 public:
@@ -88,6 +88,9 @@ public:
         if (type == QAccessible::EditableTextInterface && role() == QAccessible::EditableText &&
             canBeWrittenTo())
             return static_cast<QAccessibleEditableTextInterface *>(this);
+        // Qt Quick gives values to sliders and their like, and to progress bars none.
+        if (type == QAccessible::ValueInterface && role() == QAccessible::ProgressBar)
+            return static_cast<QAccessibleValueInterface *>(this);
         return QAccessibleQuickItem::interface_cast(type);
     }
 
@@ -104,7 +107,14 @@ public:
         const int start = std::clamp(startOffset, 0, length);
         const int end = endOffset < 0 ? length : std::clamp(endOffset, start, length);
         content.replace(start, end - start, text);
-        item()->setProperty("text", content);
+        // Our fields hold more than they lay out: the rest stays, unless all is replaced.
+        if (item()->metaObject()->indexOfMethod("takeWhole(QString)") < 0) {
+            item()->setProperty("text", content);
+            return;
+        }
+        if (start > 0 || end < length)
+            content += item()->property("rest").toString();
+        QMetaObject::invokeMethod(item(), "takeWhole", Q_ARG(QString, content));
     }
 
 private:

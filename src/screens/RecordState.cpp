@@ -1,5 +1,9 @@
 #include "screens/RecordState.h"
 
+#include "service/AuthService.h"
+#include "settings/AppSettings.h"
+#include "settings/L10n.h"
+
 namespace talvenor {
 
 RecordState::RecordState(RecorderViewModel &viewModel, QObject *parent)
@@ -8,11 +12,24 @@ RecordState::RecordState(RecorderViewModel &viewModel, QObject *parent)
     connect(&viewModel, &RecorderViewModel::isRecordingChanged, this, &RecordState::isRecordingChanged);
     connect(&viewModel, &RecorderViewModel::recordingDurationChanged, this, &RecordState::durationChanged);
     connect(&viewModel, &RecorderViewModel::audioLevelChanged, this, &RecordState::audioLevelChanged);
+    connect(&viewModel, &RecorderViewModel::audioLevelsChanged, this, &RecordState::audioLevelsChanged);
     connect(&viewModel, &RecorderViewModel::isProcessingChanged, this, &RecordState::isProcessingChanged);
     connect(&viewModel, &RecorderViewModel::processingStatusChanged, this,
             &RecordState::processingStatusChanged);
     connect(&viewModel.audioCaptureService(), &AudioCaptureService::hasSystemAudioChanged, this,
             &RecordState::hasSystemAudioChanged);
+    connect(&AuthService::shared(), &AuthService::currentUserChanged, this, &RecordState::updatePlanNotice);
+    connect(&AppSettings::shared(), &AppSettings::changed, this, &RecordState::updatePlanNotice);
+    updatePlanNotice();
+}
+
+void RecordState::updatePlanNotice()
+{
+    const PlanNotice notice = PlanNotice::of(AuthService::shared().currentUser(), L10n::current());
+    if (notice == m_planNotice)
+        return;
+    m_planNotice = notice;
+    Q_EMIT planNoticeChanged();
 }
 
 bool RecordState::hasSystemAudio() const
