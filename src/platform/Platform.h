@@ -2,6 +2,7 @@
 
 #include "platform/AudioEngine.h"
 #include "platform/AudioFile.h"
+#include "platform/AudioPlayer.h"
 #include "platform/Authorization.h"
 #include "platform/ColorScheme.h"
 #include "platform/FilePanels.h"
@@ -26,6 +27,9 @@ struct Platform
     /// Opens a new file for writing, replacing an older one; throws PlatformError. May block: general pool.
     std::function<std::unique_ptr<AudioFile>(const QString &path, const AudioFileSettings &settings)>
         createAudioFile;
+
+    /// Opens an audio file for playback; throws PlatformError at once if it is none. Main thread.
+    std::function<std::unique_ptr<AudioPlayer>(const QString &path)> createAudioPlayer;
 
     /// Asks what can be listened to; throws PlatformError when there is no sound server.
     std::function<Task<ShareableContent>()> shareableContent;

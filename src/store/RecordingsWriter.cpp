@@ -2,7 +2,7 @@
 
 #include "foundation/LocalizedError.h"
 #include "platform/AtomicFile.h"
-#include "store/PrintedLine.h"
+#include "platform/PrintedLine.h"
 
 namespace talvenor {
 

@@ -2,9 +2,9 @@
 
 #include "platform/AtomicFile.h"
 #include "platform/Formatting.h"
+#include "platform/PrintedLine.h"
 #include "settings/AppSettings.h"
 #include "store/MarkdownExport.h"
-#include "store/PrintedLine.h"
 #include "store/RecordingsDecoder.h"
 #include "store/RecordingsWriter.h"
 

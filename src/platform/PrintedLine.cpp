@@ -1,4 +1,4 @@
-#include "store/PrintedLine.h"
+#include "platform/PrintedLine.h"
 
 #include <cstdio>
 
