@@ -275,6 +275,24 @@ private Q_SLOTS:
         QVERIFY(test::waitUntil([] { return SecretServiceControl::items(kService, kAccount).isEmpty(); }));
     }
 
+    void aSignInDoesNotWaitForAStoreThatHangs()
+    {
+        LibsecretStore store;
+        SecretServiceControl::freeze();
+        const auto thaw = qScopeGuard([] { SecretServiceControl::thaw(); });
+        QVERIFY(!store.load(kService, kAccount));
+        auto signIn = [&store] {
+            store.save(kService, kAccount, "token");
+            return store.load(kService, kAccount);
+        };
+        QElapsedTimer timer;
+        timer.start();
+        QCOMPARE(test::await(onGeneralPool(std::move(signIn))), QByteArray("token"));
+        QVERIFY2(timer.elapsed() < 10'000, "D-Bus gives up after 25 s only");
+        SecretServiceControl::thaw();
+        QVERIFY(test::waitUntil([] { return SecretServiceControl::items(kService, kAccount).size() == 1; }));
+    }
+
     void ofTwoWishesForAStoreThatHangsTheLaterOneCounts()
     {
         LibsecretStore store;

@@ -48,11 +48,12 @@ public:
         m_given.notify_all();
     }
 
-    /// Waits for the answer; no longer than a window can on the main thread, or once the program ends.
-    [[nodiscard]] std::optional<Value> wait()
+    /// Waits for the answer; no longer than a window can on the main thread, or once the program ends, or
+    /// where the caller `canDoWithout`.
+    [[nodiscard]] std::optional<Value> wait(bool canDoWithout)
     {
         const auto limit = std::chrono::steady_clock::now() + kPatienceOfWindow;
-        const bool isLimited = isMainThread();
+        const bool isLimited = canDoWithout || isMainThread();
         std::unique_lock guard(m_lock);
         while (!m_given.wait_for(guard, kEndCheck, [this] { return m_value.has_value(); })) {
             // At the end of the program threads wait no longer than the window does.
@@ -104,7 +105,7 @@ public:
             const std::lock_guard guard(m_memoryLock);
             outcome = m_lastOutcome;
         }
-        if (outcome && !outcome->wait())
+        if (outcome && !outcome->wait(true))
             tell(kSilent);
     }
 
@@ -112,10 +113,9 @@ public:
     {
         if (const auto wish = wishFor(name))
             return wish->value;
-        const auto value = inBackground<std::optional<QByteArray>>([name](State &state) {
-                               return state.find(name);
-                           })->wait();
-        if (value)
+        const auto answer =
+            inBackground<std::optional<QByteArray>>([name](State &state) { return state.find(name); });
+        if (const auto value = answer->wait(remembered(name).has_value()))
             return *value;
         tell(kSilent);
         return remembered(name);
@@ -342,8 +342,9 @@ LibsecretStore::~LibsecretStore()
 
 void LibsecretStore::save(const QString &service, const QString &account, const QByteArray &data)
 {
-    if (!m_state->put({service, account}, data)->wait())
-        m_state->tell(kSilent); // memory keeps it
+    // Memory keeps it, so that nobody who signs in waits for a store that hangs.
+    if (!m_state->put({service, account}, data)->wait(true))
+        m_state->tell(kSilent);
 }
 
 std::optional<QByteArray> LibsecretStore::load(const QString &service, const QString &account)
