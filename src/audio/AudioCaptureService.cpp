@@ -78,7 +78,10 @@ Task<std::optional<double>> AudioCaptureService::startMicrophone(QString url)
     m_ringBuffer->reset();
     setHasSystemAudio(false);
     const std::shared_ptr<AudioEngine> engine = Platform::shared().createAudioEngine();
-    startOnPool(m_finisher, [previous = std::exchange(m_engine, engine)]() mutable { previous.reset(); });
+    startOnPool(m_finisher, [previous = std::exchange(m_engine, engine), writer = m_writer]() mutable {
+        previous.reset();
+        writer->close(); // where a recording is replaced without a stop
+    });
     co_await finished();
     if (isOver())
         co_return std::nullopt;

@@ -10,6 +10,7 @@
 #include <memory>
 #include <mutex>
 #include <optional>
+#include <thread>
 #include <utility>
 #include <vector>
 
@@ -181,6 +182,7 @@ struct FakeFileState
     std::exception_ptr writeError;     ///< what `write` throws
     std::function<void()> beforeWrite; ///< called first by `write`, which may have to wait there
     std::vector<float> samples;        ///< of the first channel
+    std::thread::id finishedOn;        ///< the thread of the end of the file
 };
 
 /// Writes "file.…" lines to the journal, but none for each write.
@@ -191,7 +193,11 @@ public:
         : m_state(std::move(state)), m_journal(std::move(journal))
     {
     }
-    ~FakeAudioFile() override { m_journal->note(QStringLiteral("file.finish")); }
+    ~FakeAudioFile() override
+    {
+        m_state->finishedOn = std::this_thread::get_id();
+        m_journal->note(QStringLiteral("file.finish"));
+    }
 
     void write(const PcmBuffer &buffer) override
     {
