@@ -108,13 +108,10 @@ public:
         const int end = endOffset < 0 ? length : std::clamp(endOffset, start, length);
         content.replace(start, end - start, text);
         // Our fields hold more than they lay out: the rest stays, unless all is replaced.
-        if (item()->metaObject()->indexOfMethod("takeWhole(QString)") < 0) {
-            item()->setProperty("text", content);
-            return;
-        }
-        if (start > 0 || end < length)
-            content += item()->property("rest").toString();
-        QMetaObject::invokeMethod(item(), "takeWhole", Q_ARG(QString, content));
+        const QVariant rest = item()->property("rest");
+        if (rest.isValid() && (start > 0 || end < length))
+            content += rest.toString();
+        item()->setProperty(rest.isValid() ? "wholeText" : "text", content);
     }
 
 private:

@@ -115,7 +115,6 @@ RenderedScene::RenderedScene(const QByteArray &qml, QSize size, const QVariantMa
     m_engine->addImportPath(QStringLiteral("qrc:/qt/qml"));
     [[maybe_unused]] static const bool isAccessibilityThere = [] {
         installAccessibility();
-        QAccessible::setActive(true);
         return true;
     }();
 
@@ -230,16 +229,19 @@ void RenderedScene::type(const QString &text) const
 
 QAccessibleInterface *RenderedScene::accessible(QObject &object)
 {
+    QAccessible::setActive(true); // for what was made since it was asked for last
     return QAccessible::queryAccessibleInterface(&object);
 }
 
 QAccessibleInterface *RenderedScene::accessible(QAccessible::Role role, const QString &name) const
 {
+    QAccessible::setActive(true);
     return find(QAccessible::queryAccessibleInterface(m_window.get()), role, name);
 }
 
 QString RenderedScene::accessibleTree() const
 {
+    QAccessible::setActive(true);
     QString lines;
     describe(QAccessible::queryAccessibleInterface(m_window.get()), 0, lines);
     return lines;

@@ -14,6 +14,16 @@ T.Dialog {
     /// Between the sheet and the window's edges.
     property real distance: 16
     readonly property Item room: T.Overlay.overlay
+    /// What the dialog is in the scene.
+    readonly property Item frame: contentItem ? contentItem.parent : null
+
+    // Qt forgets the name of a dialog that is made before anybody listens.
+    function tellTitle(): void {
+        if (!frame)
+            return;
+        frame.Accessible.role = Accessible.Dialog;
+        frame.Accessible.name = title;
+    }
 
     width: room ? Math.min(idealWidth, room.width - 2 * distance) : idealWidth
     height: room ? Math.min(idealHeight, room.height - 2 * distance) : idealHeight
@@ -24,6 +34,10 @@ T.Dialog {
     padding: 24
     implicitWidth: Math.max(implicitContentWidth + leftPadding + rightPadding, implicitHeaderWidth)
     implicitHeight: implicitHeaderHeight + implicitContentHeight + topPadding + bottomPadding
+
+    onFrameChanged: tellTitle()
+    onTitleChanged: tellTitle()
+    Component.onCompleted: tellTitle()
 
     enter: Transition {
         NumberAnimation {
