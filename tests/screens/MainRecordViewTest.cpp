@@ -145,7 +145,7 @@ private Q_SLOTS:
         QCOMPARE(screen.font("caption").capitalization(), QFont::AllUppercase);
         QCOMPARE(screen.font("caption").letterSpacing(), 2.0);
         QCOMPARE(screen.font("timer").pixelSize(), 64);
-        QCOMPARE(screen.font("timer").weight(), QFont::ExtraLight);
+        QCOMPARE(screen.font("timer").weight(), QFont::Thin);
         QCOMPARE(screen.font("timer").family(), screen.scene.theme().property("monospaced").toString());
         QCOMPARE(screen.color("timer"), screen.scene.themeColor("primary"));
         QCOMPARE(screen.font("source").pixelSize(), 13);

@@ -1,5 +1,7 @@
 #include "screens/record/RecordBackdrop.h"
 
+#include "screens/paint/Dither.h"
+
 #include <QQuickWindow>
 #include <QSGImageNode>
 #include <QSGRectangleNode>
@@ -57,16 +59,18 @@ struct RecordBackdrop::Mixture
     Channels material;
     float materialOpacity;
 
-    [[nodiscard]] QRgb colorAt(float x, float y) const
+    /// `threshold` decides about rounding up where a glow is, so that its few shades show no rings.
+    [[nodiscard]] QRgb colorAt(float x, float y, float threshold = 0.5F) const
     {
         const float firstStrength = first.strengthAt(x, y);
         const float secondStrength = second.strengthAt(x, y);
+        const float rounding = firstStrength > 0 || secondStrength > 0 ? threshold : 0.5F;
         std::array<int, 3> result{};
         for (size_t i = 0; i < result.size(); ++i) {
             float value = window[i] + (first.color[i] - window[i]) * firstStrength;
             value += (second.color[i] - value) * secondStrength;
             value += (overlay(value, material[i]) - value) * materialOpacity;
-            result[i] = static_cast<int>(value * 255 + 0.5F);
+            result[i] = static_cast<int>(value * 255 + rounding);
         }
         return qRgb(result[0], result[1], result[2]);
     }
@@ -122,7 +126,8 @@ QImage RecordBackdrop::picture(const QRect &pixels, double scale) const
             reinterpret_cast<QRgb *>(image.scanLine(y)); // lines of this format are made of these
         const auto placeY = static_cast<float>((pixels.top() + y + 0.5) / scale);
         for (int x = 0; x < image.width(); ++x)
-            line[x] = mixed.colorAt(static_cast<float>((pixels.left() + x + 0.5) / scale), placeY);
+            line[x] = mixed.colorAt(static_cast<float>((pixels.left() + x + 0.5) / scale), placeY,
+                                    ditherThreshold(x, y));
     }
     return image;
 }

@@ -1,8 +1,9 @@
 #include "screens/record/RecordDisc.h"
 
+#include "screens/paint/Dither.h"
+
 #include <QPainter>
 #include <QPainterPath>
-#include <QRadialGradient>
 
 #include <cmath>
 
@@ -67,19 +68,30 @@ void RecordDisc::paintShadow(QPainter &painter, const Shadow &shadow) const
 {
     if (shadow.blurRadius <= 0 || !shadow.color.isValid())
         return;
+    const QTransform toPoints = painter.transform();
+    const double scale = toPoints.m11();
     const double deviation = shadow.blurRadius / 2;
     const double end = width() / 2 + deviation * reach;
-    const QPointF center = boundingRect().center() + QPointF(0, shadow.offsetY);
-    // The circle has the shadow's strength on its every point, so a gradient with enough stops is exact.
-    constexpr int steps = 64;
-    QRadialGradient gradient(center, end);
-    for (int i = 0; i <= steps; ++i) {
-        const double place = static_cast<double>(i) / steps;
-        const double strength = i == steps ? 0 : shadowStrength(place * end, width() / 2, deviation);
-        gradient.setColorAt(place, withOpacity(shadow.color, shadow.color.alphaF() * strength));
+    // The shadow is equally strong all around, so that its strength along one radius is enough.
+    std::vector<float> strengths;
+    for (int i = 0; i <= std::ceil(end * scale); ++i)
+        strengths.push_back(static_cast<float>(shadowStrength(i / scale, width() / 2, deviation)));
+    strengths.back() = 0;
+    const QPointF center = toPoints.map(boundingRect().center() + QPointF(0, shadow.offsetY));
+    QImage image(painter.device()->width(), painter.device()->height(), QImage::Format_ARGB32_Premultiplied);
+    for (int y = 0; y < image.height(); ++y) {
+        auto *const line = reinterpret_cast<QRgb *>(image.scanLine(y)); // as this format is laid out
+        for (int x = 0; x < image.width(); ++x) {
+            const double distance = std::hypot(x + 0.5 - center.x(), y + 0.5 - center.y());
+            const auto nearest = static_cast<size_t>(distance + 0.5);
+            const float strength = nearest < strengths.size() ? strengths[nearest] : 0;
+            line[x] = strength > 0 ? ditheredPixel(shadow.color, strength, ditherThreshold(x, y)) : 0;
+        }
     }
-    painter.setBrush(gradient);
-    painter.drawEllipse(center, end, end);
+    painter.save();
+    painter.resetTransform();
+    painter.drawImage(0, 0, image);
+    painter.restore();
 }
 
 void RecordDisc::paintDisc(QPainter &painter) const

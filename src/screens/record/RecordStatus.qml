@@ -51,6 +51,7 @@ Item {
         isAnimated: status.isRecording && status.isOnScreen
         font.family: Theme.monospaced
         font.pixelSize: Theme.scaled(56)
-        font.weight: Font.ExtraLight
+        // The lightest of nine weights.
+        font.weight: Font.Thin
     }
 }
