@@ -5,6 +5,7 @@ import Talvenor
 /// Who is signed in, with which plan, and how much of it is used; a sheet.
 Sheet {
     id: sheet
+    objectName: "AccountView"
 
     required property ContentState content
     readonly property var user: content.currentUser

@@ -5,6 +5,7 @@ import Talvenor
 /// The administrators' console, a sheet.
 Sheet {
     id: sheet
+    objectName: "AdminView"
 
     title: L10n.isGerman ? "Admin-Panel" : "Admin Panel"
     idealWidth: Theme.scaled(480)

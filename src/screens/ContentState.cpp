@@ -65,7 +65,9 @@ QString ContentState::errorMessage() const
 
 void ContentState::dismissError()
 {
-    m_viewModel.setShowError(false);
+    // A second time while the alert goes would go round in a circle.
+    if (m_viewModel.showError())
+        m_viewModel.setShowError(false);
 }
 
 void ContentState::signOut()

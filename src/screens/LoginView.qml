@@ -8,8 +8,6 @@ FocusScope {
     property url iconSource: AppIcon.source
     property bool showRegister: false
 
-    implicitWidth: 500
-    implicitHeight: 600
     focus: true
 
     LoginState {

@@ -4,6 +4,7 @@ import Talvenor
 /// The registration form, a sheet over the sign-in screen.
 Sheet {
     id: sheet
+    objectName: "registerSheet"
 
     title: L10n.isGerman ? "Konto erstellen" : "Create Account"
     idealWidth: Theme.scaled(420)
@@ -11,7 +12,6 @@ Sheet {
     padding: 0
 
     contentItem: RegisterForm {
-        focus: true
         title: sheet.title
         onCloseRequested: sheet.close()
     }

@@ -5,6 +5,7 @@ import Talvenor
 /// The settings, a sheet: a change takes effect and is stored at once.
 Sheet {
     id: sheet
+    objectName: "SettingsView"
 
     title: L10n.settings
     idealWidth: Theme.scaled(500)

@@ -12,12 +12,13 @@ Item {
     /// What is set on the sheet as it is made.
     property var properties: ({})
     property Sheet sheet: null
+    readonly property bool isInWindow: Window.window !== null
 
     /// The sheet was closed by its user or by itself; whoever presents it changes that.
     signal dismissed
 
     function follow(): void {
-        if (isPresented === (sheet !== null))
+        if (!isInWindow || isPresented === (sheet !== null))
             return;
         if (!isPresented) {
             sheet.close();
@@ -42,5 +43,9 @@ Item {
     }
 
     onIsPresentedChanged: follow()
+    onIsInWindowChanged: follow()
     Component.onCompleted: follow()
+    // A sheet that goes with its screen was not closed by anybody.
+    Component.onDestruction: if (sheet)
+        sheet.closed.disconnect(end)
 }

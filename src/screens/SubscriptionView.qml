@@ -5,6 +5,7 @@ import Talvenor
 /// The plan of whoever is signed in and what it allows; a sheet.
 Sheet {
     id: sheet
+    objectName: "SubscriptionView"
 
     required property ContentState content
     readonly property var user: content.currentUser

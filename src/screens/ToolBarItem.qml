@@ -30,7 +30,7 @@ PlainButton {
             color: item.color
         }
         Badge {
-            objectName: "badge"
+            objectName: item.objectName + "Badge"
             anchors.verticalCenter: parent.verticalCenter
             visible: item.badge.length > 0
             text: item.badge

@@ -3,6 +3,7 @@ import argparse
 import json
 import os
 import pathlib
+import re
 import sys
 import unittest
 
@@ -40,12 +41,21 @@ def storage():
     return home() / "Documents/Talvenor"
 
 
+def settings_path():
+    return pathlib.Path(os.environ["XDG_CONFIG_HOME"]) / "talvenor/talvenor.conf"
+
+
+def settings():
+    """The settings file as it is on the disk."""
+    return settings_path().read_text(encoding="utf-8")
+
+
 def write_settings(**values):
-    """The settings file as an earlier run would have left it."""
-    folder = pathlib.Path(os.environ["XDG_CONFIG_HOME"]) / "talvenor"
-    folder.mkdir(parents=True, exist_ok=True)
+    """The settings file as an earlier run would have left it, which has shown the set-up sheet unless told otherwise."""
+    values = {"hasCompletedSetup": "true", **values}
+    settings_path().parent.mkdir(parents=True, exist_ok=True)
     lines = "".join(f"{key}={value}\n" for key, value in values.items())
-    (folder / "talvenor.conf").write_text("[General]\n" + lines, encoding="utf-8")
+    settings_path().write_text("[General]\n" + lines, encoding="utf-8")
 
 
 def recordings():
@@ -63,9 +73,13 @@ def write_recordings(entries):
 
 def make_service(tier="premium", email=EMAIL, folder="service"):
     """A service with one account; use it in a `with`."""
-    data = desktop() / folder
-    service_process.create_account(BIN, data, email, "Ann", tier, PASSWORD)
-    return service_process.Service(BIN, data)
+    add_account(folder, email, "Ann", tier)
+    return service_process.Service(BIN, desktop() / folder)
+
+
+def add_account(folder, email, name, tier):
+    """One more account for the service of that folder, which may run."""
+    service_process.create_account(BIN, desktop() / folder, email, name, tier, PASSWORD)
 
 
 def make_application(url="http://127.0.0.1:9/api", **environment):
@@ -82,6 +96,25 @@ def sign_in(window, email=EMAIL, password=PASSWORD):
     window.find("text", "E-Mail").set_text(email)
     window.find("password text", "Password").set_text(password)
     window.find("push button", "Sign In").press()
+
+
+def sign_out(window):
+    """By the account sheet, in either language."""
+    window.find("push button", re.compile("^(My Account|Mein Konto)$")).press()
+    sheet = window.find("dialog", re.compile("^(My Account|Mein Konto)$"))
+    sheet.find("push button", re.compile("^(Sign Out|Abmelden)$")).press()
+    window.find("password text")
+    window.wait_gone("dialog")
+
+
+def choose_language(window, name):
+    """By the settings sheet, which is closed again."""
+    window.find("push button", re.compile("^(Settings|Einstellungen)$")).press()
+    sheet = window.find("dialog")
+    chosen = sheet.find("radio button", name).press()
+    wait_for(f"{name} chosen", lambda: chosen.checked)
+    sheet.find("push button", re.compile("^(Close|Schließen)$")).press()
+    window.wait_gone("dialog")
 
 
 def new_entry():

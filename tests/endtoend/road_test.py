@@ -34,8 +34,7 @@ class Road(unittest.TestCase):
             self.title_and_people_can_be_changed(window)
             self.the_language_changes(window)
             self.the_export_is_written(window)
-            window.find("push button", "Sign Out").press()
-            window.find("password text", "Password")
+            program.sign_out(window)
             self.assertEqual(application.close(), 0)
         self.assertNotIn("qrc:", program.printed())
         sound = subprocess.run(["ffprobe", "-v", "error", "-show_entries", "stream=codec_name", "-of", "csv=p=0",
@@ -92,9 +91,9 @@ class Road(unittest.TestCase):
                  and "Susan Miller" in [person["name"] for person in program.new_entry()["participants"]])
 
     def the_language_changes(self, window):
-        window.find("radio button", "Deutsch").press()
+        program.choose_language(window, "Deutsch")
         window.find("page tab", "Teilnehmer")
-        window.find("radio button", "English").press()
+        program.choose_language(window, "English")
         window.find("page tab", "Participants")
 
     def the_export_is_written(self, window):
@@ -154,7 +153,7 @@ class Limits(unittest.TestCase):
                 wait_for("the count at the service", lambda: self.count_at(service.url, email) == number)
                 window.find("push button", "New Recording").press()
             # A profile fetched after the third is certainly there once one has signed in anew.
-            window.find("push button", "Sign Out").press()
+            program.sign_out(window)
             program.sign_in(window, email)
             window.find("push button", "Record").press()
             alert = window.find("dialog", "Error")
@@ -164,8 +163,7 @@ class Limits(unittest.TestCase):
             # The screen and the list are as they were.
             window.find("push button", "Record")
             self.assertEqual(len(program.recordings()), before + 2)  # one of the three was deleted
-            window.find("push button", "Sign Out").press()
-            window.find("password text")
+            program.sign_out(window)
             self.assertEqual(application.close(), 0)
 
     def the_record_screen_shows_the_running_session(self, window):

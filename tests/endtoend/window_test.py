@@ -49,10 +49,8 @@ class WindowWithAList(unittest.TestCase):
 
     def sign_out(self):
         """The secret store outlives the window, and the next test begins signed out."""
-        button = self.window.find_all("push button", re.compile("Sign Out|Abmelden"))
-        if button:
-            button[0].press()
-            self.window.find("password text")
+        if not self.window.find_all("password text"):
+            program.sign_out(self.window)
         self.application.close()
 
     def titles(self):
@@ -154,16 +152,22 @@ class WindowWithAList(unittest.TestCase):
 
     def test_the_language_changes_at_once(self):
         self.window.find("list item", "Interview").press()
-        self.window.find("radio button", "Deutsch").press()
+        self.window.find("push button", "Settings").press()
+        sheet = self.window.find("dialog", "Settings")
+        sheet.find("radio button", "Deutsch").press()
+        # The sheet itself and all that lies beneath it.
+        sheet = self.window.find("dialog", "Einstellungen")
         self.window.find("push button", "Zusammenfassen")
         self.window.find("label", "Abgeschlossen")
         self.assertRegex(self.window.find("list item", "Interview").description, "Abgeschlossen$")
-        self.assertTrue(self.window.find("radio button", "Deutsch").checked)
-        self.assertFalse(self.window.find("radio button", "English").checked)
+        self.assertTrue(sheet.find("radio button", "Deutsch").checked)
+        self.assertFalse(sheet.find("radio button", "English").checked)
+        key("Escape")
+        self.window.wait_gone("dialog")
         self.window.find("push button", "Neue Aufnahme").press()
         self.window.find("push button", "Aufnehmen")
         self.window.find("label", "Bereit zur Aufnahme")
-        self.window.find("radio button", "English").press()
+        program.choose_language(self.window, "English")
         self.window.find("push button", "Record")
 
     def test_the_keyboard_reaches_every_control_in_reading_order(self):
@@ -173,16 +177,36 @@ class WindowWithAList(unittest.TestCase):
             key("Tab")
             order.append(wait_for("a focus", lambda: next(
                 (e.name for e in self.window.walk() if e.focused and e.role not in ("frame", "list")), None)))
-        self.assertEqual(order, ["Budget 2027", "Deutsch", "English", "Sign Out", "Record"])
+        self.assertEqual(order, ["Budget 2027", "Plans", "My Account", "Settings", "Record"])
         key("shift+Tab", "shift+Tab", "shift+Tab", "shift+Tab", "Down", "Return")
         self.window.find("label", "Interview")
 
     def test_signing_out_shows_the_form_and_signing_in_the_same_list(self):
         self.window.find("list item", "Interview").press()
-        self.window.find("push button", "Sign Out").press()
+        program.sign_out(self.window)
         program.sign_in(self.window)
         self.window.find("label", "Interview")  # still selected
         self.assertEqual(len(self.titles()), 4)
+        self.assertEqual(self.window.find_all("dialog"), [])  # the account sheet went with the session
+
+    def test_another_account_finds_the_same_list(self):
+        program.add_account(f"service-{self.id()}", "bob@example.com", "Bob", "free")
+        program.sign_out(self.window)
+        program.sign_in(self.window, "bob@example.com")
+        self.window.find("push button", "My Account", description="Free")
+        self.assertEqual(len(self.titles()), 4)
+
+    def test_the_tool_bar_opens_its_sheets_and_escape_closes_them(self):
+        self.window.find("push button", "My Account", description="Premium")
+        self.assertEqual(self.window.find_all("push button", "Admin Panel"), [])
+        for button, title in (("Plans", "Choose Plan"), ("My Account", "My Account"), ("Settings", "Settings")):
+            with self.subTest(button):
+                opener = self.window.find("push button", button).focus()
+                key("Return")
+                self.window.find("dialog", title).find("push button", "Close")
+                key("Escape")
+                self.window.wait_gone("dialog")
+                wait_for("the focus back on the button", lambda: opener.focused)
 
 
 class SignUp(unittest.TestCase):
@@ -217,8 +241,31 @@ class SignUp(unittest.TestCase):
             submit.press()
             window.find("push button", "Record")
             self.assertEqual(window.find_all("dialog"), [])
-            window.find("push button", "Sign Out").press()
-            window.find("password text")
+            program.sign_out(window)
+            self.assertEqual(application.close(), 0)
+        self.assertNotIn("qrc:", program.printed())
+
+
+class FirstSignIn(unittest.TestCase):
+    def test_the_set_up_comes_once_after_the_first_sign_in_on_a_machine(self):
+        program.write_settings(appLanguage="en", hasCompletedSetup="false")
+        with program.make_service(folder="service-first") as service, \
+                program.make_application(service.url) as application:
+            window = application.window()
+            window.find("push button", "Sign In")
+            self.assertEqual(window.find_all("dialog"), [])
+            program.sign_in(window)
+            sheet = window.find("dialog", "Welcome to Talvenor")
+            wait_for("the focus in the sheet", lambda: sheet.find("push button", "Let's Go").focused)
+            self.assertNotIn("hasCompletedSetup=true", program.settings())
+            key("Escape")  # any way of closing it counts
+            window.wait_gone("dialog")
+            wait_for("the setting", lambda: "hasCompletedSetup=true" in program.settings())
+            program.sign_out(window)
+            program.sign_in(window)
+            window.find("push button", "Record")
+            self.assertEqual(window.find_all("dialog"), [])
+            program.sign_out(window)
             self.assertEqual(application.close(), 0)
         self.assertNotIn("qrc:", program.printed())
 
