@@ -216,6 +216,23 @@ private Q_SLOTS:
         QVERIFY(!log.lines().join(QLatin1Char('\n')).contains(QStringLiteral("-token")));
     }
 
+    void whatALockedStoreLacksIsMadeUpForAtTheNextReading()
+    {
+        LibsecretStore().save(kService, kAccount, "old");
+        SecretServiceControl::lock();
+        const auto unlock = qScopeGuard([] { SecretServiceControl::unlock(); });
+        UnansweredPrompter prompter;
+        LibsecretStore store;
+        store.remove(kService, kAccount); // a sign-out
+        QVERIFY(test::waitUntil([&] { return prompter.questions() == 1; }));
+        prompter.goAway(); // the question is over without an answer
+        QTest::qWait(1000);
+        SecretServiceControl::unlock(); // by another program
+        QTest::qWait(200);
+        QVERIFY(!store.load(kService, kAccount));
+        QVERIFY(test::waitUntil([] { return SecretServiceControl::items(kService, kAccount).isEmpty(); }));
+    }
+
     void theEndOfTheProgramDoesNotWaitForAnAnswer()
     {
         LibsecretStore().save(kService, kAccount, "token");

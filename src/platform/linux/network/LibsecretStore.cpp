@@ -88,18 +88,15 @@ public:
             m_pending[name] = {++m_wishes, value};
             remember(name, value);
         }
-        const auto outcome = inBackground<bool>([name](State &state) {
-            state.carryOut(name);
-            return true;
-        });
-        const std::lock_guard guard(m_memoryLock);
-        m_lastOutcome = outcome;
-        return outcome;
+        return attempt(name);
     }
 
     /// Gives what is under way the time that it needs, if that is not long.
     void waitForTheLast()
     {
+        const auto lacking = wishes();
+        for (const auto &[name, wish] : lacking)
+            tryAgain(name);
         std::shared_ptr<Answer<bool>> outcome;
         {
             const std::lock_guard guard(m_memoryLock);
@@ -111,8 +108,10 @@ public:
 
     std::optional<QByteArray> load(const SecretName &name)
     {
-        if (const auto wish = wishFor(name))
+        if (const auto wish = wishFor(name)) {
+            tryAgain(name); // the store may have been unlocked or mended since
             return wish->value;
+        }
         const auto answer =
             inBackground<std::optional<QByteArray>>([name](State &state) { return state.find(name); });
         if (const auto value = answer->wait(remembered(name).has_value()))
@@ -139,6 +138,30 @@ private:
         quint64 number = 0; ///< tells a wish from a later one for the same name
         std::optional<QByteArray> value;
     };
+
+    std::shared_ptr<Answer<bool>> attempt(const SecretName &name)
+    {
+        const std::lock_guard guard(m_memoryLock);
+        ++m_attempts;
+        m_lastOutcome = inBackground<bool>([name](State &state) {
+            state.carryOut(name);
+            const std::lock_guard done(state.m_memoryLock);
+            --state.m_attempts;
+            return true;
+        });
+        return m_lastOutcome;
+    }
+
+    /// Attempts what the store lacks once more, unless that is under way. Waits for nothing.
+    void tryAgain(const SecretName &name)
+    {
+        {
+            const std::lock_guard guard(m_memoryLock);
+            if (m_attempts > 0)
+                return;
+        }
+        static_cast<void>(attempt(name)); // what fails again is still wanted
+    }
 
     template<typename Value, typename Call>
     std::shared_ptr<Answer<Value>> inBackground(Call call)
@@ -326,6 +349,7 @@ private:
     /// not look like an empty one: the service would refuse a request without the token, and a refusal has
     /// the token removed.
     std::map<SecretName, QByteArray> m_lastSeen;
+    int m_attempts = 0; ///< under way
     std::shared_ptr<Answer<bool>> m_lastOutcome;
     QString m_lastTrouble; ///< what the log was told last
 };
