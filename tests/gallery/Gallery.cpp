@@ -32,7 +32,7 @@ int showGallery(const QStringList &arguments)
     const auto language = appLanguageFromString(options.value(QStringLiteral("language")));
     if (!page.open(QIODevice::ReadOnly) || !language)
         options.showHelp(1);
-    test::RenderedScene scene(page.readAll(), {1000, 820});
+    test::RenderedScene scene(page.readAll(), {1180, 820});
     scene.setScheme(options.value(QStringLiteral("scheme")) == u"dark" ? ColorScheme::dark
                                                                        : ColorScheme::light);
     test::RenderedScene::setLanguage(*language);

@@ -9,6 +9,9 @@ T.ScrollBar {
     implicitWidth: 10
     implicitHeight: 10
     padding: 2
+    // Clear of the round corners of what it lies in.
+    topPadding: 4
+    bottomPadding: 6
     minimumSize: 0.06
     visible: size < 1
     contentItem: Rectangle {

@@ -123,23 +123,40 @@ void SoftShadow::paintPicture(QPainter &painter) const
     // coarser grid, whose points are mixed to the picture's.
     constexpr qreal enough = 5;
     const QTransform toPoints = painter.transform();
-    const QSize points(painter.device()->width(), painter.device()->height());
-    const qreal deviation = m_blurRadius / 2 * toPoints.m11();
-    const qreal shrink = std::min(1.0, enough / std::max(deviation, 0.001));
-    const QSize grid(static_cast<int>(std::ceil(points.width() * shrink)),
-                     static_cast<int>(std::ceil(points.height() * shrink)));
-    Field field = coverage(grid, toPoints * QTransform::fromScale(shrink, shrink),
-                           boundingRect().translated(m_offsetX, m_offsetY),
-                           std::clamp(m_cornerRadius, 0.0, std::min(width(), height()) / 2));
-    if (m_blurRadius > 0)
-        blur(field, deviation * shrink);
+    const qreal deviation = m_blurRadius / 2;
+    const qreal gridScale = std::min(toPoints.m11(), enough / std::max(deviation, 0.001));
 
-    QImage shadow(points, QImage::Format_ARGB32_Premultiplied);
-    const auto place = [shrink](int point) { return static_cast<float>((point + 0.5) * shrink - 0.5); };
+    // Far from its corners an edge's shadow is the same all along: that of a small rectangle, drawn out, is
+    // enough.
+    const qreal corner = std::clamp(m_cornerRadius, 0.0, std::min(width(), height()) / 2);
+    const qreal margin = deviation * reach + 1;
+    const QSizeF half(std::min(width() / 2, corner + margin), std::min(height() / 2, corner + margin));
+    const QSize grid(static_cast<int>(std::ceil((half.width() + margin) * 2 * gridScale)),
+                     static_cast<int>(std::ceil((half.height() + margin) * 2 * gridScale)));
+    Field field = coverage(grid, QTransform::fromScale(gridScale, gridScale),
+                           {margin, margin, half.width() * 2, half.height() * 2}, corner);
+    if (m_blurRadius > 0)
+        blur(field, deviation * gridScale);
+
+    // The grid's coordinates of the picture's columns, or of its rows.
+    const auto places = [&](int count, qreal toShape, qreal length, qreal halfLength) {
+        std::vector<float> result;
+        for (int point = 0; point < count; ++point) {
+            const qreal inside = (point + 0.5) / toPoints.m11() + toShape;
+            const qreal small = inside < length / 2 ? std::min(inside, halfLength)
+                                                    : 2 * halfLength - std::min(length - inside, halfLength);
+            result.push_back(static_cast<float>((small + margin) * gridScale - 0.5));
+        }
+        return result;
+    };
+    const QPointF origin = toPoints.inverted().map(QPointF(0, 0));
+    QImage shadow(painter.device()->width(), painter.device()->height(), QImage::Format_ARGB32_Premultiplied);
+    const std::vector<float> columns = places(shadow.width(), origin.x() - m_offsetX, width(), half.width());
+    const std::vector<float> rows = places(shadow.height(), origin.y() - m_offsetY, height(), half.height());
     for (int y = 0; y < shadow.height(); ++y) {
         auto *line = reinterpret_cast<QRgb *>(shadow.scanLine(y)); // lines of this format are made of these
         for (int x = 0; x < shadow.width(); ++x) {
-            const float share = field.between(place(x), place(y));
+            const float share = field.between(columns[static_cast<size_t>(x)], rows[static_cast<size_t>(y)]);
             line[x] = share <= 0 ? 0 : ditheredPixel(m_color, std::min(share, 1.0F), ditherThreshold(x, y));
         }
     }
