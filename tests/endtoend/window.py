@@ -286,6 +286,18 @@ class Application:
         return subprocess.run(["xdotool", "search", "--sync", "--onlyvisible", "--pid", str(self.process.pid)],
                               check=True, capture_output=True, text=True, timeout=60).stdout.split()[-1]
 
+    def window_size(self):
+        """(width, height) of what is inside the window's frame."""
+        shell = subprocess.run(["xdotool", "getwindowgeometry", "--shell", self.window_id()], check=True,
+                               capture_output=True, text=True, timeout=60).stdout
+        values = dict(line.split("=") for line in shell.split())
+        return int(values["WIDTH"]), int(values["HEIGHT"])
+
+    def resize_window(self, width, height):
+        """Has the window manager do it, as dragging the frame would: within the limits that the program sets."""
+        subprocess.run(["wmctrl", "-i", "-r", self.window_id(), "-e", f"0,-1,-1,{width},{height}"], check=True,
+                       timeout=60)
+
     def raise_window(self):
         """Gives the window the keyboard, as a click on its title would."""
         subprocess.run(["xdotool", "windowactivate", "--sync", self.window_id()], check=True, timeout=60)

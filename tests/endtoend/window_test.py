@@ -269,6 +269,23 @@ class FirstSignIn(unittest.TestCase):
             self.assertEqual(application.close(), 0)
         self.assertNotIn("qrc:", program.printed())
 
+    def test_the_sign_in_form_can_be_small_and_the_main_window_takes_its_room(self):
+        program.write_settings(appLanguage="en")
+        with program.make_service(folder="service-small") as service, \
+                program.make_application(service.url) as application:
+            window = application.window()
+            window.find("push button", "Sign In")
+            self.assertEqual(application.window_size(), (1100, 720))
+            application.resize_window(300, 300)
+            wait_for("the smallest form", lambda: application.window_size() == (500, 600))
+            program.sign_in(window)
+            window.find("push button", "Record")
+            wait_for("room for the main window", lambda: application.window_size() == (960, 640))
+            application.resize_window(300, 300)
+            self.assertEqual(application.window_size(), (960, 640))
+            program.sign_out(window)
+            self.assertEqual(application.close(), 0)
+
 
 if __name__ == "__main__":
     program.main()

@@ -40,6 +40,50 @@ private Q_SLOTS:
         QVERIFY(!content.record()->isRecording());
     }
 
+    void theSetUpIsPresentedExactlyWhileSomebodyIsSignedInWhoHasNotBeenThroughIt()
+    {
+        RecorderFixture fixture;
+        AppSettings::shared().setHasCompletedSetup(false);
+        ContentState content;
+        QSignalSpy changes(&content, &ContentState::isSetupPresentedChanged);
+        QVERIFY(!content.isSetupPresented());
+        fixture.signIn();
+        QVERIFY(content.isSetupPresented());
+        QCOMPARE(changes.size(), 1);
+        content.setSetupPresented(true);
+        QVERIFY(!AppSettings::shared().hasCompletedSetup());
+        fixture.signOut();
+        QVERIFY(!content.isSetupPresented());
+        QVERIFY(!AppSettings::shared().hasCompletedSetup());
+        fixture.signIn();
+        QVERIFY(content.isSetupPresented());
+        content.setSetupPresented(false);
+        QVERIFY(AppSettings::shared().hasCompletedSetup());
+        QVERIFY(!content.isSetupPresented());
+        QCOMPARE(changes.size(), 4);
+        // Other settings are no news, nor is the same once more.
+        AppSettings::shared().setAutoTranscribe(true);
+        content.setSetupPresented(false);
+        QCOMPARE(changes.size(), 4);
+    }
+
+    void theUserIsToldAsTheProfileComesAndGoes()
+    {
+        RecorderFixture fixture;
+        ContentState content;
+        QSignalSpy changes(&content, &ContentState::currentUserChanged);
+        QVERIFY(!content.currentUser().isValid());
+        QCOMPARE(content.subscriptionTier(), QStringLiteral("free"));
+        fixture.signIn({{QStringLiteral("role"), QStringLiteral("admin")}});
+        QVERIFY(!changes.isEmpty());
+        QVERIFY(content.isAdmin());
+        QCOMPARE(content.subscriptionTier(), QStringLiteral("premium"));
+        QCOMPARE(content.currentUser().value<UserProfile>().tierDisplayName(), QStringLiteral("Premium"));
+        fixture.signOut();
+        QVERIFY(!content.currentUser().isValid());
+        QVERIFY(!content.isAdmin());
+    }
+
     void theWideButtonStopsOrShowsTheRecordScreenAndNeverStarts()
     {
         RecorderFixture fixture;

@@ -119,6 +119,18 @@ private Q_SLOTS:
         QTest::newRow("different") << QStringLiteral("123456") << QStringLiteral("123457") << false;
         QTest::newRow("6 emoji") << QStringLiteral("😀😀😀😀😀😀") << QStringLiteral("😀😀😀😀😀😀") << true;
         QTest::newRow("3 emoji") << QStringLiteral("😀😀😀") << QStringLiteral("😀😀😀") << false;
+        // What looks like one character may be many code points: a family, a flag, an accent put on its
+        // letter.
+        const QString families = QStringLiteral("👨‍👩‍👧‍👦").repeated(5);
+        QTest::newRow("5 families") << families << families << false;
+        QTest::newRow("6 families") << families + QStringLiteral("👨‍👩‍👧‍👦")
+                                    << families + QStringLiteral("👨‍👩‍👧‍👦") << true;
+        QTest::newRow("3 flags") << QStringLiteral("🇩🇪🇫🇷🇮🇹") << QStringLiteral("🇩🇪🇫🇷🇮🇹") << false;
+        QTest::newRow("5 skin tones")
+            << QStringLiteral("👍🏽").repeated(5) << QStringLiteral("👍🏽").repeated(5) << false;
+        QTest::newRow("3 accents") << QStringLiteral("e\u0301").repeated(3)
+                                   << QStringLiteral("e\u0301").repeated(3) << false;
+        QTest::newRow("megabytes") << QString(2'000'000, u'x') << QString(2'000'000, u'x') << true;
         QTest::newRow("spaces") << QStringLiteral("      ") << QStringLiteral("      ") << true;
     }
 
