@@ -5,6 +5,7 @@
 #include "platform/linux/desktop/LinuxDesktop.h"
 #include "platform/linux/media/LinuxMedia.h"
 #include "platform/linux/network/LinuxNetwork.h"
+#include "platform/linux/playback/LinuxPlayback.h"
 #include "platform/linux/speech/LinuxSpeech.h"
 
 namespace talvenor {
@@ -14,6 +15,7 @@ void installLinuxPlatform()
     Platform &platform = Platform::shared();
     installLinuxAudio(platform);
     installLinuxMedia(platform);
+    installLinuxPlayback(platform);
     installLinuxSpeech(platform);
     installLinuxNetwork(platform);
     installLinuxDesktop(platform);

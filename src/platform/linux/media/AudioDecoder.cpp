@@ -19,11 +19,6 @@ namespace talvenor {
 
 namespace {
 
-// Formats that hold their sound themselves. Playlists and the like, which make libav open what they name, are
-// not among them.
-constexpr const char *kFormats = "mov,wav,w64,aiff,au,caf,flac,ogg,mp3,aac,ac3,amr,ape,asf,avi,matroska,mpeg,"
-                                 "mpegts,tta,wv";
-
 // Beyond these a header is damaged or hostile: no sound has such a shape, and a tiny rate would let a small
 // file swell to any size.
 constexpr int kMaximumChannelCount = 64;
@@ -71,7 +66,7 @@ AVInputPointer openUrl(const QByteArray &url, int &result)
     AVFormatContext *context = nullptr;
     AVDictionary *options = nullptr;
     av_dict_set(&options, "protocol_whitelist", "file,subfile", 0);
-    av_dict_set(&options, "format_whitelist", kFormats, 0);
+    av_dict_set(&options, "format_whitelist", AudioDecoder::kFormats, 0);
     result = avformat_open_input(&context, url.constData(), nullptr, &options);
     av_dict_free(&options);
     AVInputPointer input(context); // null after a failure
@@ -134,6 +129,11 @@ public:
         if (samples.empty() && !m_hasDecoded)
             throwNoAudio(AVERROR_INVALIDDATA);
         return !samples.empty();
+    }
+
+    [[nodiscard]] double duration() const
+    {
+        return m_input->duration > 0 ? double(m_input->duration) / AV_TIME_BASE : 0;
     }
 
 private:
@@ -255,6 +255,11 @@ AudioDecoder::AudioDecoder(const QString &path) : m_decoding(std::make_unique<De
 }
 
 AudioDecoder::~AudioDecoder() = default;
+
+double AudioDecoder::duration() const
+{
+    return m_decoding->duration();
+}
 
 bool AudioDecoder::read(std::vector<std::int16_t> &samples)
 {

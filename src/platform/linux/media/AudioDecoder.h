@@ -20,6 +20,11 @@ public:
     /// Samples per second of what `read` gives.
     static constexpr int kSampleRate = 16'000;
 
+    /// The formats that are taken, by libav's names: those that hold their sound themselves. Playlists and
+    /// the like, which make libav open what they name, are not among them.
+    static constexpr const char *kFormats =
+        "mov,wav,w64,aiff,au,caf,flac,ogg,mp3,aac,ac3,amr,ape,asf,avi,matroska,mpeg,mpegts,tta,wv";
+
     /// Opens the file at `path`; throws PlatformError if there is none or if it holds no readable audio.
     explicit AudioDecoder(const QString &path);
     ~AudioDecoder();
@@ -30,6 +35,9 @@ public:
     /// of the file. Throws PlatformError if the file ends without a single sample, or if the system fails to
     /// read it further.
     [[nodiscard]] bool read(std::vector<std::int16_t> &samples);
+
+    /// The length of the file in seconds, by its head or by its extent; 0 where neither tells.
+    [[nodiscard]] double duration() const;
 
 private:
     class Decoding;
