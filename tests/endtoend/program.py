@@ -51,7 +51,7 @@ def settings():
 
 
 def write_settings(**values):
-    """The settings file as an earlier run would have left it, which has shown the set-up sheet unless told otherwise."""
+    """The settings file as an earlier run would have left it, with the set-up behind it unless told otherwise."""
     values = {"hasCompletedSetup": "true", **values}
     settings_path().parent.mkdir(parents=True, exist_ok=True)
     lines = "".join(f"{key}={value}\n" for key, value in values.items())
