@@ -23,7 +23,7 @@ ScrollArea {
             spacing: 12
 
             Caption {
-                text: "ActionButton: rest, hovered, disabled, focused"
+                text: "ActionButton: rest, hovered, pressed, disabled, focused"
             }
             RowLayout {
                 spacing: 10
@@ -37,6 +37,12 @@ ScrollArea {
                     icon: "text.bubble"
                     style: ActionButton.Accent
                     isHovered: true
+                }
+                ActionButton {
+                    title: L10n.transcribe
+                    icon: "text.bubble"
+                    style: ActionButton.Accent
+                    isPressed: true
                 }
                 ActionButton {
                     title: L10n.transcribe
@@ -55,6 +61,11 @@ ScrollArea {
                     title: L10n.export_
                     icon: "square.and.arrow.up"
                     isHovered: true
+                }
+                ActionButton {
+                    title: L10n.export_
+                    icon: "square.and.arrow.up"
+                    isPressed: true
                 }
                 ActionButton {
                     title: L10n.export_
@@ -75,7 +86,7 @@ ScrollArea {
                 }
             }
             Caption {
-                text: "PushButton: accent, hovered, busy, disabled; secondary, hovered, disabled; link, glyph"
+                text: "PushButton: rest, hovered, pressed, busy, disabled; link, close"
             }
             RowLayout {
                 spacing: 10
@@ -87,6 +98,11 @@ ScrollArea {
                     text: (L10n.isGerman ? "Speichern" : "Save")
                     look: PushButton.Accent
                     isHovered: true
+                }
+                PushButton {
+                    text: "OK"
+                    look: PushButton.Accent
+                    down: true
                 }
                 PushButton {
                     text: (L10n.isGerman ? "Speichern" : "Save")
@@ -108,6 +124,10 @@ ScrollArea {
                 PushButton {
                     text: (L10n.isGerman ? "Abbrechen" : "Cancel")
                     isHovered: true
+                }
+                PushButton {
+                    text: (L10n.isGerman ? "Abbrechen" : "Cancel")
+                    down: true
                 }
                 PushButton {
                     text: (L10n.isGerman ? "Abbrechen" : "Cancel")

@@ -16,6 +16,7 @@ FocusScope {
     property int style: ActionButton.Secondary
     /// Follows the pointer, without an animation.
     property bool isHovered: button.hovered
+    property alias isPressed: button.down
 
     signal clicked
 

@@ -64,13 +64,19 @@ T.Button {
             anchors.fill: parent
             radius: control.cornerRadius
             visible: control.look === PushButton.Accent
-            opacity: control.isHovered || control.down ? 0.9 : 1
+            opacity: control.isHovered ? 0.9 : 1
         }
         Rectangle {
             anchors.fill: parent
             radius: control.cornerRadius
             visible: control.look === PushButton.Secondary || control.look === PushButton.Glyph
-            color: Theme.withOpacity(Theme.secondary, control.isHovered || control.down ? 0.22 : 0.14)
+            color: Theme.withOpacity(Theme.secondary, control.isHovered ? 0.22 : 0.14)
+        }
+        Rectangle {
+            anchors.fill: parent
+            visible: control.down && control.look !== PushButton.Link
+            radius: control.cornerRadius
+            color: Qt.rgba(0, 0, 0, 0.12)
         }
         FocusRing {
             radius: control.cornerRadius + 3

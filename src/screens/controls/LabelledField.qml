@@ -1,2 +1,0 @@
-/// A field with its label above it.
-FormField {}
