@@ -26,25 +26,28 @@ bool isLocaleTurkic()
 
 } // namespace
 
-QString foldCase(const QString &text)
+CaseFolding::CaseFolding() : m_options(isLocaleTurkic() ? U_FOLD_CASE_EXCLUDE_SPECIAL_I : U_FOLD_CASE_DEFAULT)
+{
+}
+
+QString CaseFolding::folded(const QString &text) const
 {
     const auto *const source = reinterpret_cast<const UChar *>(text.utf16());
     const auto length = static_cast<int32_t>(text.size());
-    const uint32_t options = isLocaleTurkic() ? U_FOLD_CASE_EXCLUDE_SPECIAL_I : U_FOLD_CASE_DEFAULT;
     // Most texts keep their length; the call tells what the others need.
-    QString folded(text.size(), Qt::Uninitialized);
+    QString result(text.size(), Qt::Uninitialized);
     for (;;) {
         UErrorCode status = U_ZERO_ERROR;
         const int32_t needed =
-            u_strFoldCase(reinterpret_cast<UChar *>(folded.data()), static_cast<int32_t>(folded.size()),
-                          source, length, options, &status);
+            u_strFoldCase(reinterpret_cast<UChar *>(result.data()), static_cast<int32_t>(result.size()),
+                          source, length, m_options, &status);
         const bool isTooShort = status == U_BUFFER_OVERFLOW_ERROR;
         if (U_FAILURE(status) && !isTooShort)
             programmingError(QStringLiteral("ICU cannot fold the case of a text: ") +
                              QString::fromLatin1(u_errorName(status)));
-        folded.resize(needed);
+        result.resize(needed);
         if (!isTooShort)
-            return folded;
+            return result;
     }
 }
 

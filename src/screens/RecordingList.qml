@@ -4,40 +4,49 @@ import Talvenor
 
 /// The list of recordings, scrolled and operated by pointer and keyboard. Rows are made when they come into view and
 /// used again when they have left it.
+///
+/// Which row the keyboard acts on is the model's knowledge: the view would scroll to a current item of its own wherever
+/// a change of the list puts it, and what is seen stays where it is.
 ListView {
     id: list
 
     required property RecordingListModel recordings
+    required property real rowHeight
     /// What the scroll bar lies at the right edge of.
     required property Item barParent
     readonly property int selectedRow: recordings.selectedRow
     /// The keyboard was used since the pointer was, so that the ring tells something.
     property bool isKeyboardUsed: true
+    /// The row that has the keyboard.
+    property Item focusedRow
 
     signal menuRequested(string id, real x, real y)
 
     /// By the pointer or by assistive technology.
     function choose(row: int): void {
         isKeyboardUsed = false;
-        currentIndex = row;
+        recordings.currentRow = row;
         forceActiveFocus(Qt.MouseFocusReason);
         recordings.select(row);
     }
 
     /// Makes the row the current one, and brings it into view.
     function goTo(row: int): void {
-        if (count === 0)
+        if (recordings.count === 0)
             return;
         isKeyboardUsed = true;
-        currentIndex = Math.max(0, Math.min(count - 1, row));
-        showCurrent();
+        recordings.currentRow = Math.max(0, Math.min(recordings.count - 1, row));
+        if (recordings.currentRow === 0)
+            showTop();
+        else
+            positionViewAtIndex(recordings.currentRow, ListView.Contain);
     }
 
-    function showCurrent(): void {
-        if (currentIndex === 0)
-            positionViewAtBeginning();
-        else
-            positionViewAtIndex(currentIndex, ListView.Contain);
+    function showTop(): void {
+        // The rows have to be there before the view can be moved to the first of them.
+        forceLayout();
+        positionViewAtBeginning();
+        contentY = originY - topMargin;
     }
 
     topMargin: 6
@@ -45,8 +54,7 @@ ListView {
     clip: true
     activeFocusOnTab: true
     keyNavigationEnabled: false
-    // Scrolled by the keys only: a row that becomes the current one otherwise leaves everything where it is.
-    highlightFollowsCurrentItem: false
+    currentIndex: -1
     boundsBehavior: Flickable.StopAtBounds
     reuseItems: true
     cacheBuffer: 0
@@ -54,34 +62,35 @@ ListView {
     Accessible.role: Accessible.List
     Accessible.name: L10n.recordings
     onSelectedRowChanged: if (selectedRow >= 0)
-        currentIndex = selectedRow
+        recordings.currentRow = selectedRow
     onActiveFocusChanged: {
         if (!activeFocus)
             isKeyboardUsed = true;
-        else if (isKeyboardUsed && count > 0)
-            goTo(currentIndex >= 0 ? currentIndex : Math.max(0, selectedRow));
+        else if (isKeyboardUsed)
+            goTo(recordings.currentRow);
     }
     Keys.onPressed: event => {
-        const page = currentItem ? Math.max(1, Math.floor(height / (currentItem.height + spacing)) - 1) : 1;
+        const row = recordings.currentRow;
+        const page = Math.max(1, Math.floor(height / (rowHeight + spacing)) - 1);
         const isMenuKey = event.key === Qt.Key_Menu || event.key === Qt.Key_F10 && (event.modifiers & Qt.ShiftModifier);
         event.accepted = true;
         if (event.key === Qt.Key_Up)
-            goTo(currentIndex - 1);
+            goTo(row - 1);
         else if (event.key === Qt.Key_Down)
-            goTo(currentIndex + 1);
+            goTo(row + 1);
         else if (event.key === Qt.Key_PageUp)
-            goTo(currentIndex - page);
+            goTo(row - page);
         else if (event.key === Qt.Key_PageDown)
-            goTo(currentIndex + page);
+            goTo(row + page);
         else if (event.key === Qt.Key_Home)
             goTo(0);
         else if (event.key === Qt.Key_End)
-            goTo(count - 1);
-        else if (currentItem && [Qt.Key_Return, Qt.Key_Enter, Qt.Key_Space].includes(event.key))
-            recordings.select(currentIndex);
-        else if (currentItem && isMenuKey) {
-            goTo(currentIndex);
-            (currentItem as RecordingRow).menuRequested(24, currentItem.height / 2);
+            goTo(recordings.count - 1);
+        else if (row >= 0 && [Qt.Key_Return, Qt.Key_Enter, Qt.Key_Space].includes(event.key))
+            recordings.select(row);
+        else if (row >= 0 && isMenuKey) {
+            goTo(row);
+            (itemAtIndex(row) as RecordingRow).menuRequested(24, rowHeight / 2);
         } else
             event.accepted = false;
     }
@@ -94,12 +103,12 @@ ListView {
     }
     Item {
         parent: list.contentItem
-        visible: list.activeFocus && list.isKeyboardUsed && list.currentItem !== null
-        x: list.currentItem ? list.currentItem.x : 0
-        y: list.currentItem ? list.currentItem.y : 0
+        visible: list.isKeyboardUsed && list.focusedRow !== null && list.focusedRow.activeFocus
+        x: list.focusedRow?.x ?? 0
+        y: list.focusedRow?.y ?? 0
         z: 1
-        width: list.currentItem ? list.currentItem.width : 0
-        height: list.currentItem ? list.currentItem.height : 0
+        width: list.focusedRow?.width ?? 0
+        height: list.focusedRow?.height ?? 0
 
         FocusRing {
             objectName: "rowRing"

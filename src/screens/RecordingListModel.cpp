@@ -1,6 +1,5 @@
 #include "screens/RecordingListModel.h"
 
-#include "screens/CaseFolding.h"
 #include "screens/RecordingStatusText.h"
 #include "settings/AppSettings.h"
 #include "settings/L10n.h"
@@ -61,10 +60,10 @@ struct RecordingListModel::Entry
                recording.title == title;
     }
 
-    [[nodiscard]] const QString &foldedTitle() const
+    [[nodiscard]] const QString &foldedTitle(const CaseFolding &folding) const
     {
         if (folded.isNull())
-            folded = title.isEmpty() ? QStringLiteral("") : foldCase(title);
+            folded = title.isEmpty() ? QStringLiteral("") : folding.folded(title);
         return folded;
     }
 
@@ -100,6 +99,7 @@ RecordingListModel::RecordingListModel(RecorderViewModel &viewModel, QObject *pa
     connect(&viewModel, &RecorderViewModel::selectedRecordingChanged, this,
             &RecordingListModel::refreshSelection);
     connect(&AppSettings::shared(), &AppSettings::changed, this, &RecordingListModel::refreshLanguage);
+    connect(&m_idle, &QTimer::timeout, this, &RecordingListModel::foldSomeTitles);
     refresh();
     refreshSelection();
 }
@@ -162,13 +162,13 @@ void RecordingListModel::setSearchText(const QString &text)
 {
     if (m_searchText == text)
         return;
-    const QString folded = foldCase(text);
+    const QString folded = m_folding.folded(text);
     // What holds the longer text is among what holds a part of it.
     const bool isNarrower = folded.contains(m_foldedText);
     m_searchText = text;
     m_foldedText = folded;
     Q_EMIT searchTextChanged();
-    showRows(filtered(isNarrower ? m_rows : m_entries, folded));
+    showRows(filtered(isNarrower ? m_rows : m_entries));
 }
 
 int RecordingListModel::selectedRow() const
@@ -185,7 +185,9 @@ int RecordingListModel::selectedRow() const
 void RecordingListModel::refresh()
 {
     m_entries = currentEntries();
-    showRows(filtered(m_entries, m_foldedText));
+    m_foldedCount = 0;
+    m_idle.start(0);
+    showRows(filtered(m_entries));
 }
 
 RecordingListModel::Entries RecordingListModel::currentEntries() const
@@ -212,27 +214,56 @@ RecordingListModel::Entries RecordingListModel::currentEntries() const
     return entries;
 }
 
-RecordingListModel::Entries RecordingListModel::filtered(const Entries &entries, const QString &foldedText)
+RecordingListModel::Entries RecordingListModel::filtered(const Entries &entries) const
 {
-    if (foldedText.isEmpty())
+    if (m_foldedText.isEmpty())
         return entries;
-    const QStringMatcher matcher(foldedText);
+    const QStringMatcher matcher(m_foldedText);
     Entries found;
     for (const std::shared_ptr<const Entry> &entry : entries) {
-        if (matcher.indexIn(entry->foldedTitle()) >= 0)
+        if (matcher.indexIn(entry->foldedTitle(m_folding)) >= 0)
             found.append(entry);
     }
     return found;
 }
 
+void RecordingListModel::foldSomeTitles()
+{
+    // As many as take no time that anybody could notice.
+    const qsizetype end = std::min(m_foldedCount + 200, m_entries.size());
+    for (; m_foldedCount < end; ++m_foldedCount)
+        (void)m_entries.at(m_foldedCount)->foldedTitle(m_folding);
+    if (m_foldedCount == m_entries.size())
+        m_idle.stop();
+}
+
 void RecordingListModel::showRows(const Entries &next)
 {
     const int selectedBefore = selectedRow();
+    const int currentBefore = currentRow();
     replaceRows(
         m_rows, next, [](const auto &entry) { return entry->id; },
         [](const auto &a, const auto &b) { return a == b; });
+    if (!m_current.isValid() && !m_currentId.isNull()) {
+        const auto isCurrent = [this](const auto &entry) { return entry->id == m_currentId; };
+        const auto found = std::find_if(m_rows.cbegin(), m_rows.cend(), isCurrent);
+        if (found != m_rows.cend())
+            m_current = index(static_cast<int>(found - m_rows.cbegin()));
+    }
     if (selectedRow() != selectedBefore)
         Q_EMIT selectedRowChanged();
+    if (currentRow() != currentBefore)
+        Q_EMIT currentRowChanged();
+}
+
+void RecordingListModel::setCurrentRow(int row)
+{
+    const bool exists = row >= 0 && row < rowCount();
+    if (currentRow() == (exists ? row : -1))
+        return;
+    m_current = exists ? index(row) : QModelIndex();
+    m_currentId = exists ? m_rows.at(row)->id : QUuid();
+    Q_EMIT currentRowChanged();
 }
 
 void RecordingListModel::refreshSelection()

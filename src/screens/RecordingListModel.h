@@ -1,8 +1,11 @@
 #pragma once
 
 #include "recorder/RecorderViewModel.h"
+#include "screens/CaseFolding.h"
 #include "screens/KeyedListModel.h"
 #include "settings/AppLanguage.h"
+
+#include <QTimer>
 
 #include <memory>
 
@@ -20,6 +23,7 @@ class RecordingListModel : public KeyedListModel
     QML_UNCREATABLE("The application makes it.")
     Q_PROPERTY(QString searchText READ searchText WRITE setSearchText NOTIFY searchTextChanged)
     Q_PROPERTY(int selectedRow READ selectedRow NOTIFY selectedRowChanged)
+    Q_PROPERTY(int currentRow READ currentRow WRITE setCurrentRow NOTIFY currentRowChanged)
 
 public:
     enum Role {
@@ -53,6 +57,10 @@ public:
     /// The first row of the selected recording, -1 if it is not listed.
     [[nodiscard]] int selectedRow() const;
 
+    /// The row that the keyboard acts on; it stays with its recording while others come and go. -1 for none.
+    [[nodiscard]] int currentRow() const { return m_current.isValid() ? m_current.row() : -1; }
+    void setCurrentRow(int row);
+
     /// Makes the row's recording the selected one; a row that does not exist is passed over.
     Q_INVOKABLE void select(int row);
 
@@ -73,6 +81,7 @@ public:
 Q_SIGNALS:
     void searchTextChanged();
     void selectedRowChanged();
+    void currentRowChanged();
 
 private:
     struct Entry;
@@ -84,7 +93,8 @@ private:
     /// Shows `next`, and announces which rows that changes.
     void showRows(const Entries &next);
     [[nodiscard]] Entries currentEntries() const;
-    [[nodiscard]] static Entries filtered(const Entries &entries, const QString &foldedText);
+    [[nodiscard]] Entries filtered(const Entries &entries) const;
+    void foldSomeTitles();
     [[nodiscard]] std::optional<Recording> recordingWithId(const QString &id) const;
 
     RecorderViewModel &m_viewModel;
@@ -93,7 +103,12 @@ private:
     Entries m_entries;  ///< of all recordings
     Entries m_rows;     ///< those of them that are listed
     QUuid m_selectedId; ///< null without a selection
+    QPersistentModelIndex m_current;
+    QUuid m_currentId; ///< for when all rows have been replaced
     AppLanguage m_language;
+    CaseFolding m_folding;
+    QTimer m_idle;               ///< runs while there are titles that have not been folded
+    qsizetype m_foldedCount = 0; ///< of the first entries
 };
 
 } // namespace talvenor

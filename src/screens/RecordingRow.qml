@@ -20,6 +20,8 @@ Rectangle {
     required property string statusColor
     required property bool isSelected
     property bool isHovered: false
+    /// The current row is kept, also when it has been scrolled away.
+    property bool isInView: true
     /// The heights of the two lines.
     required property real titleHeight
     required property real detailHeight
@@ -49,7 +51,7 @@ Rectangle {
     signal menuRequested(real x, real y)
 
     implicitWidth: 264
-    implicitHeight: Math.max(36, titleHeight + 3 + detailHeight) + 16
+    implicitHeight: 52
     radius: 10
     color: isSelected ? Theme.selectedSurface : Theme.withOpacity(Theme.surface, hoverStrength)
     Accessible.role: Accessible.ListItem
@@ -83,7 +85,7 @@ Rectangle {
             name: row.statusSymbol
             size: Theme.scaled(14)
             color: row.statusTint
-            isRunning: row.statusForm === "recording"
+            isRunning: row.statusForm === "recording" && row.isInView
         }
     }
     Item {

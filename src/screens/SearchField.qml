@@ -3,7 +3,8 @@ import Talvenor
 
 /// The field that filters the list, with a button that empties it.
 ///
-/// Its text is exactly what was put in; line breaks in it are shown as spaces.
+/// Its text is what was put in; line breaks in it are shown as spaces. It ends where no title does: laying out a field of
+/// pasted megabytes in many scripts takes minutes.
 FocusScope {
     id: field
 
@@ -49,8 +50,7 @@ FocusScope {
         focus: true
         activeFocusOnTab: true
         clip: true
-        // Its own limit would cut off what is pasted without a word.
-        maximumLength: 2147483647
+        maximumLength: 10000
         color: Theme.primary
         selectionColor: Theme.purple
         selectedTextColor: Theme.white

@@ -92,7 +92,7 @@ Rectangle {
         placeholder: L10n.searchRecordings
         onTextChanged: {
             sidebar.recordings.searchText = text;
-            list.positionViewAtBeginning();
+            list.showTop();
         }
     }
     Divider {
@@ -106,28 +106,38 @@ Rectangle {
     RecordingList {
         id: list
         objectName: "recordingList"
+
+        readonly property real titleHeight: Math.ceil(titleMetrics.height)
+        readonly property real detailHeight: Math.ceil(detailMetrics.height)
+
         anchors.left: parent.left
         anchors.right: parent.right
         anchors.top: divider.bottom
         anchors.bottom: parent.bottom
         anchors.leftMargin: 8
         anchors.rightMargin: 8
-        visible: count > 0
+        visible: sidebar.recordings.count > 0
         recordings: sidebar.recordings
+        rowHeight: Math.max(36, titleHeight + 3 + detailHeight) + 16
         barParent: sidebar
         onMenuRequested: (id, x, y) => menu.openFor(id, list, x, y)
 
         delegate: RecordingRow {
             width: list.width
-            titleHeight: Math.ceil(titleMetrics.height)
-            detailHeight: Math.ceil(detailMetrics.height)
+            height: list.rowHeight
+            titleHeight: list.titleHeight
+            detailHeight: list.detailHeight
+            focus: index === sidebar.recordings.currentRow
+            onActiveFocusChanged: if (activeFocus)
+                list.focusedRow = this
+            isInView: y + height > list.contentY && y < list.contentY + list.height
             isHovered: recordingId === sidebar.hoveredId
             onPointerEntered: sidebar.hoveredId = recordingId
             onPointerLeft: if (isHovered)
                 sidebar.hoveredId = ""
             onChosen: list.choose(index)
             onMenuRequested: (x, y) => {
-                list.currentIndex = index;
+                sidebar.recordings.currentRow = index;
                 list.menuRequested(recordingId, this.x + x, this.y - list.contentY + y);
             }
         }
@@ -142,7 +152,7 @@ Rectangle {
         anchors.right: parent.right
         anchors.top: divider.bottom
         anchors.bottom: parent.bottom
-        visible: list.count === 0
+        visible: sidebar.recordings.count === 0
         circleColor: Theme.withOpacity(Theme.purple, 0.08)
         diameter: 80
         symbol: "waveform.slash"
