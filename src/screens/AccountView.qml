@@ -81,7 +81,6 @@ Sheet {
             SignOutButton {
                 Layout.fillWidth: true
                 visible: sheet.user !== undefined
-                focus: true
                 onClicked: {
                     sheet.content.signOut();
                     sheet.close();

@@ -47,7 +47,6 @@ Sheet {
                         })
                     }
                     LanguageSwitcher {
-                        focus: true
                         selection: L10n.current
                         onSelected: language => L10n.current = language
                     }

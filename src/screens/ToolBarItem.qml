@@ -48,6 +48,7 @@ PlainButton {
         }
     }
     Tooltip {
+        objectName: "tooltip"
         text: item.tooltip
         isWanted: item.isHovered && !item.down
     }

@@ -262,10 +262,18 @@ private Q_SLOTS:
         Machine machine;
         machine.signInAs("free", "admin");
         const Root root;
-        for (const auto &[item, sheet] :
-             {std::pair("admin", "AdminView"), std::pair("plans", "SubscriptionView"),
-              std::pair("account", "AccountView"), std::pair("settings", "SettingsView")}) {
+        struct Opening
+        {
+            const char *item;
+            const char *sheet;
+            const char *title;
+        };
+        for (const auto &[item, sheet, title] : {Opening{"admin", "AdminView", "Admin Panel"},
+                                                 Opening{"plans", "SubscriptionView", "Choose Plan"},
+                                                 Opening{"account", "AccountView", "My Account"},
+                                                 Opening{"settings", "SettingsView", "Settings"}}) {
             root.open(item, sheet);
+            QVERIFY2(root.scene.accessible(QAccessible::Dialog, QString::fromLatin1(title)), title);
             root.scene.press(Qt::Key_Escape);
             root.waitForEnd(sheet);
             // And anew.
@@ -273,6 +281,50 @@ private Q_SLOTS:
             QVERIFY(root.press(QStringLiteral("Close")));
             root.waitForEnd(sheet);
         }
+    }
+
+    void theRecordScreenLeadsToThePlansToo()
+    {
+        Machine machine;
+        machine.signInAs("free");
+        const Root root;
+        QVERIFY(root.press(QStringLiteral("Upgrade to Premium")));
+        root.waitForSheet("SubscriptionView");
+    }
+
+    void aKeyTooManyAfterOpeningASheetDoesNothing()
+    {
+        Machine machine;
+        machine.signInAs("free");
+        const Root root;
+        for (const auto &[item, sheet] :
+             {std::pair("account", "AccountView"), std::pair("settings", "SettingsView")}) {
+            root.item(item).forceActiveFocus(Qt::TabFocusReason);
+            root.scene.press(Qt::Key_Return);
+            root.waitForSheet(sheet);
+            root.scene.press(Qt::Key_Return);
+            root.scene.press(Qt::Key_Space);
+            QVERIFY(AuthService::shared().isLoggedIn());
+            QVERIFY(root.isOpen(sheet));
+            // The keyboard comes to the close button first.
+            root.scene.press(Qt::Key_Tab);
+            root.scene.press(Qt::Key_Return);
+            root.waitForEnd(sheet);
+        }
+    }
+
+    void plansAreExplainedWhileThePointerRestsOnThem()
+    {
+        Machine machine;
+        machine.signInAs("free");
+        const Root root;
+        root.scene.hover(RenderedScene::rect(root.item("plans")).center());
+        const QObject *const tip = root.item("plans").findChild<QObject *>(QStringLiteral("tooltip"));
+        QVERIFY(tip);
+        QVERIFY(waitUntil([&] { return tip->property("visible").toBool(); }));
+        QCOMPARE(tip->property("text").toString(), QStringLiteral("Subscription Plans"));
+        root.scene.hover({600, 400});
+        QVERIFY(waitUntil([&] { return !tip->property("visible").toBool(); }));
     }
 
     void theSettingsChangeTheLanguageOfEverything()

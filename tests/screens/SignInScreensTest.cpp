@@ -417,6 +417,8 @@ private Q_SLOTS:
         openForm(scene);
         QCOMPARE(RenderedScene::rect(scene.item(QStringLiteral("registerForm"))),
                  QRectF((1100 - 483) / 2.0, (720 - 598) / 2.0, 483, 598));
+        QVERIFY2(scene.accessible(QAccessible::Dialog, QStringLiteral("Create Account")),
+                 qPrintable(scene.accessibleTree()));
         for (const char *const label :
              {"Create Account", "Create a free Talvenor account", "Name", "E-Mail", "Password",
               "Confirm Password", "Free: 3 recordings per month", "Upgrade to Premium anytime"})
