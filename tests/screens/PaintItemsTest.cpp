@@ -289,6 +289,35 @@ private Q_SLOTS:
         QVERIFY(scene.colorAt(picture, {150, 102}).green() < 200);
     }
 
+    void whatHasNoNumbersIsNotPainted_data()
+    {
+        QTest::addColumn<QByteArray>("item");
+        QTest::newRow("shadow without end")
+            << QByteArray("SoftShadow { blurRadius: Infinity; color: '#000000'");
+        QTest::newRow("shadow at no place") << QByteArray("SoftShadow { offsetX: NaN; color: '#000000'");
+        QTest::newRow("glow without end") << QByteArray("RadialFill { endRadius: Infinity; color: '#000000'");
+        QTest::newRow("glow of no size") << QByteArray("RadialFill { endRadius: NaN; color: '#000000'");
+        QTest::newRow("ring of no width") << QByteArray("RingStroke { lineWidth: NaN; colors: ['#000000']");
+        QTest::newRow("ring of no colours") << QByteArray("RingStroke { colors: ['no colour', 7, null]");
+        QTest::newRow("fill of no colours") << QByteArray("GradientFill { radius: NaN");
+        QTest::newRow("fill wider than displays")
+            << QByteArray("GradientFill { startColor: '#000000'; width: 1e9");
+    }
+
+    void whatHasNoNumbersIsNotPainted()
+    {
+        QFETCH(QByteArray, item);
+        const RenderedScene scene(
+            "Rectangle { width: 400; height: 300; color: '#ffffff'\n" + item +
+            (item.contains("width") && !item.contains("lineWidth") ? "" : "; width: 200") +
+            "; x: 50; y: 50; height: 100 } }");
+        const QImage picture = scene.grab();
+        for (int y = 10; y < 300; y += 20) {
+            for (int x = 10; x < 400; x += 20)
+                TALVENOR_COMPARE_COLOR(scene.colorAt(picture, QPointF(x, y)), QColor(Qt::white));
+        }
+    }
+
     void aSpringMovesByItsFormula_data()
     {
         QTest::addColumn<double>("response");

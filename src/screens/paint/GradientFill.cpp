@@ -13,7 +13,7 @@ namespace {
 /// The rectangle with its corners rounded, by no more than makes a capsule of it.
 QPainterPath roundedRectangle(const QRectF &area, qreal radius)
 {
-    const qreal fitting = std::clamp(radius, 0.0, std::min(area.width(), area.height()) / 2);
+    const qreal fitting = bounded(radius, 0, std::min(area.width(), area.height()) / 2);
     QPainterPath path;
     path.addRoundedRect(area, fitting, fitting);
     return path;
@@ -46,7 +46,8 @@ void GradientFill::paintFill(QPainter &painter) const
 {
     const QRectF area = boundingRect();
     const auto place = [&area](const QPointF &fraction) {
-        return area.topLeft() + QPointF(fraction.x() * area.width(), fraction.y() * area.height());
+        return area.topLeft() + QPointF(bounded(fraction.x(), -10, 10) * area.width(),
+                                        bounded(fraction.y(), -10, 10) * area.height());
     };
     QLinearGradient gradient(place(m_startPoint), place(m_endPoint));
     setEvenStops(gradient, {m_startColor, m_middleColor, m_endColor});
@@ -57,7 +58,7 @@ void GradientFill::paintFill(QPainter &painter) const
 void GradientFill::paintBorder(QPainter &painter) const
 {
     const QRectF area = boundingRect();
-    const qreal corner = std::min(m_radius, std::min(area.width(), area.height()) / 2);
+    const qreal corner = bounded(m_radius, 0, std::min(area.width(), area.height()) / 2);
     const qreal outside = m_isBorderCentered ? m_borderWidth / 2 : 0;
     const qreal inside = m_borderWidth - outside;
     // As a shape between two outlines: a pen's width would be rounded for thin lines.

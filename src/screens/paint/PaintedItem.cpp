@@ -11,6 +11,15 @@ namespace talvenor {
 
 namespace {
 
+/// True if a picture of the area can be made.
+bool isPaintable(const QRectF &area, qreal scale)
+{
+    constexpr qreal largest = 16384;
+    const auto isSize = [&](qreal size) { return size > 0 && size * scale <= largest; };
+    return std::isfinite(area.x()) && std::isfinite(area.y()) && isSize(area.width()) &&
+           isSize(area.height());
+}
+
 /// The area, grown to whole points of the picture.
 QRectF onGrid(const QRectF &area, qreal scale)
 {
@@ -70,7 +79,7 @@ QSGNode *PaintedItem::updatePaintNode(QSGNode *oldNode, UpdatePaintNodeData * /*
 {
     const qreal scale = pictureScale(window()->effectiveDevicePixelRatio());
     const QRectF wanted = pictureArea();
-    const QRectF area = wanted.isEmpty() ? QRectF() : onGrid(wanted, scale);
+    const QRectF area = isPaintable(wanted, scale) ? onGrid(wanted, scale) : QRectF();
     const QRectF seen = area & visibleArea().marginsAdded({1 / scale, 1 / scale, 1 / scale, 1 / scale});
     if (seen.isEmpty()) {
         delete oldNode;
@@ -93,6 +102,11 @@ QSGNode *PaintedItem::updatePaintNode(QSGNode *oldNode, UpdatePaintNodeData * /*
     node->setRect(seen);
     node->setSourceRect(QRectF((seen.topLeft() - area.topLeft()) * scale, seen.size() * scale));
     return node;
+}
+
+qreal bounded(qreal value, qreal lowest, qreal highest)
+{
+    return std::isnan(value) ? lowest : std::clamp(value, lowest, highest);
 }
 
 void setEvenStops(QGradient &gradient, const QList<QColor> &colors)

@@ -28,7 +28,8 @@ public:
     [[nodiscard]] int paintCount() const { return m_paintCount; }
 
 protected:
-    /// What the picture covers, in the item's coordinates; empty for nothing.
+    /// What the picture covers, in the item's coordinates; empty for nothing. What is larger than any
+    /// display, or has no numbers, is not painted either.
     [[nodiscard]] virtual QRectF pictureArea() const = 0;
     /// Paints the picture in the item's coordinates. Antialiasing is on, and there is no pen.
     virtual void paintPicture(QPainter &painter) const = 0;
@@ -52,6 +53,9 @@ private:
     bool m_isStale = true;
     int m_paintCount = 0;
 };
+
+/// The value within the two bounds; what is no number is the lower one.
+[[nodiscard]] qreal bounded(qreal value, qreal lowest, qreal highest);
 
 /// Puts the colours at even distances along a gradient and has them mixed with their opacity, so that a
 /// colour that fades to clear keeps its hue. Colours that are not valid are left out; one alone fills all.

@@ -23,7 +23,7 @@ QPointF RadialFill::centerPoint() const
 
 QRectF RadialFill::pictureArea() const
 {
-    if (m_endRadius <= 0 || width() <= 0 || height() <= 0)
+    if (!(m_endRadius > 0) || width() <= 0 || height() <= 0)
         return {};
     const qreal radius = std::ceil(m_endRadius);
     return QRectF(-radius, -radius, 2 * radius, 2 * radius).translated(centerPoint());
@@ -42,7 +42,7 @@ void RadialFill::paintPicture(QPainter &painter) const
     const QTransform toPoints = painter.transform();
     const QPointF center = toPoints.map(centerPoint());
     const auto scale = static_cast<float>(toPoints.m11());
-    const float start = static_cast<float>(std::clamp(m_startRadius, 0.0, m_endRadius)) * scale;
+    const float start = static_cast<float>(bounded(m_startRadius, 0, m_endRadius)) * scale;
     const float end = static_cast<float>(m_endRadius) * scale;
     const float fade = std::max(end - start, 0.001F);
     QImage glow(painter.device()->width(), painter.device()->height(), QImage::Format_ARGB32_Premultiplied);

@@ -38,7 +38,7 @@ QRectF RingStroke::circle() const
 QRectF RingStroke::pictureArea() const
 {
     const QRectF area = circle();
-    if (area.isEmpty() || m_colors.isEmpty() || m_lineWidth <= 0 || m_fraction <= 0)
+    if (area.isEmpty() || m_colors.isEmpty() || !(m_lineWidth > 0) || !(m_fraction > 0))
         return {};
     const qreal margin = m_lineWidth / 2 + 1;
     return area.marginsAdded({margin, margin, margin, margin});

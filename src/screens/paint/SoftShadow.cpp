@@ -113,7 +113,7 @@ QRectF SoftShadow::pictureArea() const
 {
     if (width() <= 0 || height() <= 0 || m_color.alpha() == 0)
         return {};
-    const qreal margin = m_blurRadius / 2 * reach + 1;
+    const qreal margin = std::max(m_blurRadius, 0.0) / 2 * reach + 1;
     return boundingRect().translated(m_offsetX, m_offsetY).marginsAdded({margin, margin, margin, margin});
 }
 
@@ -123,12 +123,12 @@ void SoftShadow::paintPicture(QPainter &painter) const
     // coarser grid, whose points are mixed to the picture's.
     constexpr qreal enough = 5;
     const QTransform toPoints = painter.transform();
-    const qreal deviation = m_blurRadius / 2;
+    const qreal deviation = std::max(m_blurRadius, 0.0) / 2;
     const qreal gridScale = std::min(toPoints.m11(), enough / std::max(deviation, 0.001));
 
     // Far from its corners an edge's shadow is the same all along: that of a small rectangle, drawn out, is
     // enough.
-    const qreal corner = std::clamp(m_cornerRadius, 0.0, std::min(width(), height()) / 2);
+    const qreal corner = bounded(m_cornerRadius, 0, std::min(width(), height()) / 2);
     const qreal margin = deviation * reach + 1;
     const QSizeF half(std::min(width() / 2, corner + margin), std::min(height() / 2, corner + margin));
     const QSize grid(static_cast<int>(std::ceil((half.width() + margin) * 2 * gridScale)),
