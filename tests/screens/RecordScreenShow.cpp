@@ -7,6 +7,7 @@
 
 #include "recorderfakes/RecorderFixture.h"
 #include "screens/ContentState.h"
+#include "settings/AppSettings.h"
 #include "support/Await.h"
 
 #include <QCursor>
@@ -23,6 +24,8 @@ using test::waitUntil;
 
 namespace {
 
+/// The whole window, as the program has it.
+const QByteArray windowText = "ContentView {}";
 const QByteArray screenText = "MainRecordView {}";
 
 /// A voice for the microphone: syllables, words and pauses.
@@ -63,6 +66,24 @@ void signIn(RecorderFixture &fixture, const char *tier, int count, int limit)
                     {QStringLiteral("can_record"), true}});
 }
 
+/// What the sidebar shows.
+void writeHistory(RecorderFixture &fixture)
+{
+    QList<Recording> history;
+    const auto add = [&history](const char *title, const char *date, double seconds) {
+        Recording recording;
+        recording.title = QString::fromUtf8(title);
+        recording.date = QDateTime::fromString(QString::fromLatin1(date), Qt::ISODate);
+        recording.duration = seconds;
+        recording.status = RecordingStatus::completed;
+        history.append(recording);
+    };
+    add("Budget 2027", "2026-11-19T14:00:00Z", 2712);
+    add("Interview with Ms Nowak", "2026-11-18T09:30:00Z", 1935);
+    add("Weekly planning", "2026-11-16T08:15:00Z", 3605);
+    fixture.writeList(history);
+}
+
 void hold(const RenderedScene &scene)
 {
     scene.item(QStringLiteral("motion")).setProperty("isEnabled", false);
@@ -99,10 +120,14 @@ void makePictures(const QString &folder, const QList<QSize> &sizes)
         for (const bool isDark : {false, true}) {
             for (const bool isGerman : {false, true}) {
                 RecorderFixture fixture;
+                AppSettings::shared().setHasCompletedSetup(true);
+                writeHistory(fixture);
                 signIn(fixture, "free", 1, 3);
-                RecordState record(fixture.start());
-                RenderedScene scene(screenText, size,
-                                    {{QStringLiteral("record"), QVariant::fromValue(&record)}});
+                ContentState content;
+                RecordState &record = *content.record();
+                RecorderViewModel &model = content.viewModel();
+                RenderedScene scene(windowText, size,
+                                    {{QStringLiteral("content"), QVariant::fromValue(&content)}});
                 scene.setScheme(isDark ? ColorScheme::dark : ColorScheme::light);
                 scene.setLanguage(isGerman ? AppLanguage::german : AppLanguage::english);
                 const Voice voice(fixture);
@@ -127,15 +152,17 @@ void makePictures(const QString &folder, const QList<QSize> &sizes)
                 save("limit");
                 signIn(fixture, "free", 1, 3);
                 record.toggleRecording();
-                settle(3800);
+                settle(300);
+                model.setSelectedRecording(std::nullopt); // else the new entry's own screen is seen
+                settle(3500);
                 save("recording");
                 // The recogniser never answers.
-                RecorderViewModel &model = *fixture.viewModel;
                 startTask(&model,
                           [&model] { return model.transcribeRecording(model.recordings().constFirst()); });
                 settle(500);
                 save("processing");
                 record.toggleRecording();
+                model.setSelectedRecording(std::nullopt);
                 settle(900);
                 save("processing-ready");
             }
@@ -183,7 +210,7 @@ int show(int argc, char **argv)
         QList<QSize> sizes;
         for (const QString &size : arguments.mid(2))
             sizes.append({size.section(u'x', 0, 0).toInt(), size.section(u'x', 1, 1).toInt()});
-        makePictures(arguments.at(1), sizes.isEmpty() ? QList<QSize>{{800, 668}} : sizes);
+        makePictures(arguments.at(1), sizes.isEmpty() ? QList<QSize>{{1100, 720}} : sizes);
         return 0;
     }
     if (arguments.size() == 3 && arguments.first() == QLatin1String("cost")) {

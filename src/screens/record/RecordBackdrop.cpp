@@ -33,8 +33,10 @@ struct Glow
     {
         const float dx = x - static_cast<float>(center.x());
         const float dy = y - static_cast<float>(center.y());
-        const float fade = (endRadius - std::sqrt(dx * dx + dy * dy)) / (endRadius - startRadius);
-        return opacity * std::min(1.0F, std::max(0.0F, fade));
+        const float squared = dx * dx + dy * dy;
+        if (squared >= endRadius * endRadius)
+            return 0;
+        return opacity * std::min(1.0F, (endRadius - std::sqrt(squared)) / (endRadius - startRadius));
     }
 
     [[nodiscard]] QRectF area() const
@@ -44,10 +46,48 @@ struct Glow
     }
 };
 
-float overlay(float below, float above)
+/// One channel of the material over what lies below it, in overlay mode: a straight line for the darker half
+/// of what is below and another one for the lighter half.
+struct Overlay
 {
-    return below <= 0.5F ? 2 * below * above : 1 - 2 * (1 - below) * (1 - above);
-}
+    float darkSlope;
+    float lightSlope;
+    float lightOffset;
+
+    Overlay(float material, float opacity)
+        : darkSlope(1 - opacity + opacity * 2 * material),
+          lightSlope(1 - opacity + opacity * 2 * (1 - material)),
+          lightOffset(opacity * (1 - 2 * (1 - material)))
+    {
+    }
+
+    [[nodiscard]] float over(float below) const
+    {
+        return below <= 0.5F ? below * darkSlope : below * lightSlope + lightOffset;
+    }
+};
+
+/// Thresholds for a patch of points, computed once.
+class Thresholds
+{
+public:
+    Thresholds()
+    {
+        for (int y = 0; y < side; ++y) {
+            for (int x = 0; x < side; ++x)
+                m_values[static_cast<size_t>(y * side + x)] = ditherThreshold(x, y);
+        }
+    }
+
+    [[nodiscard]] float at(int x, int y) const
+    {
+        return m_values[static_cast<size_t>(y % side * side + x % side)];
+    }
+
+private:
+    static constexpr int side = 128;
+    std::array<float, side * side> m_values{};
+};
 
 } // namespace
 
@@ -56,8 +96,7 @@ struct RecordBackdrop::Mixture
     Channels window;
     Glow first;
     Glow second;
-    Channels material;
-    float materialOpacity;
+    std::array<Overlay, 3> material;
 
     /// `threshold` decides about rounding up where a glow is, so that its few shades show no rings.
     [[nodiscard]] QRgb colorAt(float x, float y, float threshold = 0.5F) const
@@ -69,8 +108,7 @@ struct RecordBackdrop::Mixture
         for (size_t i = 0; i < result.size(); ++i) {
             float value = window[i] + (first.color[i] - window[i]) * firstStrength;
             value += (second.color[i] - value) * secondStrength;
-            value += (overlay(value, material[i]) - value) * materialOpacity;
-            result[i] = static_cast<int>(value * 255 + rounding);
+            result[i] = static_cast<int>(material[i].over(value) * 255 + rounding);
         }
         return qRgb(result[0], result[1], result[2]);
     }
@@ -108,8 +146,9 @@ RecordBackdrop::Mixture RecordBackdrop::mixture() const
     return {channels(m_windowColor),
             {place(0.35, 0.38), 40, 360, channels(m_firstGlow), m_firstGlow.alphaF()},
             {place(0.68, 0.62), 30, 320, channels(m_secondGlow), m_secondGlow.alphaF()},
-            channels(m_material),
-            m_material.alphaF()};
+            {Overlay(m_material.redF(), m_material.alphaF()),
+             Overlay(m_material.greenF(), m_material.alphaF()),
+             Overlay(m_material.blueF(), m_material.alphaF())}};
 }
 
 QColor RecordBackdrop::colorAt(const QPointF &place) const
@@ -119,6 +158,7 @@ QColor RecordBackdrop::colorAt(const QPointF &place) const
 
 QImage RecordBackdrop::picture(const QRect &pixels, double scale) const
 {
+    static const Thresholds thresholds;
     const Mixture mixed = mixture();
     QImage image(pixels.size(), QImage::Format_RGB32);
     for (int y = 0; y < image.height(); ++y) {
@@ -127,7 +167,7 @@ QImage RecordBackdrop::picture(const QRect &pixels, double scale) const
         const auto placeY = static_cast<float>((pixels.top() + y + 0.5) / scale);
         for (int x = 0; x < image.width(); ++x)
             line[x] = mixed.colorAt(static_cast<float>((pixels.left() + x + 0.5) / scale), placeY,
-                                    ditherThreshold(x, y));
+                                    thresholds.at(x, y));
     }
     return image;
 }

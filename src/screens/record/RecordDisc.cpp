@@ -5,6 +5,7 @@
 #include <QPainter>
 #include <QPainterPath>
 
+#include <array>
 #include <cmath>
 
 namespace talvenor {
@@ -33,7 +34,7 @@ RecordDisc::RecordDisc(QQuickItem *parent) : PaintedItem(parent)
 double RecordDisc::shadowStrength(double distance, double radius, double deviation)
 {
     // The integral over the disc in polar coordinates; that over the angle is the Bessel function I0.
-    const int rings = std::max(128, static_cast<int>(4 * radius / deviation));
+    const int rings = std::max(24, static_cast<int>(4 * radius / deviation));
     const double variance = deviation * deviation;
     double sum = 0;
     for (int i = 0; i < rings; ++i) {
@@ -72,20 +73,30 @@ void RecordDisc::paintShadow(QPainter &painter, const Shadow &shadow) const
     const double scale = toPoints.m11();
     const double deviation = shadow.blurRadius / 2;
     const double end = width() / 2 + deviation * reach;
-    // The shadow is equally strong all around, so that its strength along one radius is enough.
-    std::vector<float> strengths;
-    for (int i = 0; i <= std::ceil(end * scale); ++i)
-        strengths.push_back(static_cast<float>(shadowStrength(i / scale, width() / 2, deviation)));
-    strengths.back() = 0;
+    // The shadow is equally strong all around, so that its strength along one radius is enough; between so
+    // many places of that it is straight.
+    constexpr int steps = 64;
+    std::array<float, steps + 2> strengths{};
+    for (size_t i = 0; i < steps; ++i)
+        strengths[i] =
+            static_cast<float>(shadowStrength(static_cast<double>(i) * end / steps, width() / 2, deviation));
+    const auto strengthAt = [&strengths](float place) {
+        const auto index = static_cast<size_t>(place);
+        return strengths[index] +
+               (strengths[index + 1] - strengths[index]) * (place - static_cast<float>(index));
+    };
     const QPointF center = toPoints.map(boundingRect().center() + QPointF(0, shadow.offsetY));
+    const auto stepsPerPoint = static_cast<float>(steps / (end * scale));
     QImage image(painter.device()->width(), painter.device()->height(), QImage::Format_ARGB32_Premultiplied);
+    image.fill(Qt::transparent);
     for (int y = 0; y < image.height(); ++y) {
         auto *const line = reinterpret_cast<QRgb *>(image.scanLine(y)); // as this format is laid out
+        const auto dy = static_cast<float>(y + 0.5 - center.y());
         for (int x = 0; x < image.width(); ++x) {
-            const double distance = std::hypot(x + 0.5 - center.x(), y + 0.5 - center.y());
-            const auto nearest = static_cast<size_t>(distance + 0.5);
-            const float strength = nearest < strengths.size() ? strengths[nearest] : 0;
-            line[x] = strength > 0 ? ditheredPixel(shadow.color, strength, ditherThreshold(x, y)) : 0;
+            const auto dx = static_cast<float>(x + 0.5 - center.x());
+            const float place = std::sqrt(dx * dx + dy * dy) * stepsPerPoint;
+            if (place < steps)
+                line[x] = ditheredPixel(shadow.color, strengthAt(place), ditherThreshold(x, y));
         }
     }
     painter.save();

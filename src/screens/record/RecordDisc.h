@@ -8,7 +8,8 @@ namespace talvenor {
 /// upper half, the border inside it, and the two soft shadows below it.
 ///
 /// It is one picture, because each frame of what moves around the disc draws all that lies there again.
-class RecordDisc : public PaintedItem
+// The base's whole name, for the tool that describes the types to qmllint.
+class RecordDisc : public talvenor::PaintedItem
 {
     Q_OBJECT
     QML_ELEMENT

@@ -12,7 +12,8 @@ namespace talvenor {
 /// They are one picture, painted anew for each rotation: that costs a fraction of turning finished pictures,
 /// of which each pixel would have to be computed. A new level is come to within a tenth of a second, seen as
 /// the rings turn.
-class RecordingRings : public PaintedItem
+// The base's whole name, for the tool that describes the types to qmllint.
+class RecordingRings : public talvenor::PaintedItem
 {
     Q_OBJECT
     QML_ELEMENT
@@ -42,7 +43,8 @@ protected:
     void paintPicture(QPainter &painter) const override;
 
 private:
-    /// An arc from `rotation` on, clear at both ends of the whole circle and strongest opposite them.
+    /// An arc from `rotation` on with round caps, clear at both ends of the whole circle and strongest
+    /// opposite them; a whole circle is equally strong everywhere.
     struct Arc
     {
         double diameter;
@@ -52,9 +54,8 @@ private:
         double rotation;
     };
 
-    void paintArc(QPainter &painter, const Arc &arc) const;
+    void drawArc(QImage &image, const QTransform &toPoints, const Arc &arc) const;
     [[nodiscard]] double shownLevel() const;
-    [[nodiscard]] QColor shade(double opacity) const;
 
     double m_ringRotation = 0;
     double m_audioLevel = 0;

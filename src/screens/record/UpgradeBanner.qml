@@ -6,13 +6,33 @@ PlainButton {
     id: banner
 
     implicitHeight: words.implicitHeight + 20
-    horizontalPadding: 16
-    verticalPadding: 10
     cornerRadius: 10
     spokenName: headline.text
     Accessible.description: subline.text + ". " + price.text
 
-    contentItem: Item {
+    background: GradientFill {
+        objectName: "bannerBackground"
+        radius: 10
+        startColor: Theme.material
+        borderWidth: 0.5
+        borderStartColor: Theme.withOpacity(Theme.purple, 0.3)
+        borderEndColor: Theme.withOpacity(Theme.blue, 0.3)
+
+        FocusRing {
+            radius: 13
+            visible: banner.visualFocus
+        }
+    }
+
+    // Not as the content item, in which nothing can be named without its being made too early.
+    contentItem: null
+
+    Item {
+        anchors.fill: parent
+        anchors.leftMargin: 16
+        anchors.rightMargin: 16
+        anchors.topMargin: 10
+        anchors.bottomMargin: 10
         opacity: banner.down ? 0.7 : 1
 
         Symbol {
@@ -82,19 +102,6 @@ PlainButton {
             name: "chevron.right"
             size: Theme.caption2
             color: Theme.tertiary
-        }
-    }
-    background: GradientFill {
-        objectName: "bannerBackground"
-        radius: 10
-        startColor: Theme.material
-        borderWidth: 0.5
-        borderStartColor: Theme.withOpacity(Theme.purple, 0.3)
-        borderEndColor: Theme.withOpacity(Theme.blue, 0.3)
-
-        FocusRing {
-            radius: 13
-            visible: banner.visualFocus
         }
     }
 }
