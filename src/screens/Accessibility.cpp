@@ -66,7 +66,14 @@ public:
                           : QAccessibleQuickItem::textAtOffset(offset, boundary, start, end);
     }
 
-    // The rows of a list come in the order in which they were made; they are read from top to bottom.
+    // The rows of a list come in the order in which they were made, and among them are those that wait to be
+    // used again; what is there is read from top to bottom.
+    [[nodiscard]] int childCount() const override
+    {
+        return role() == QAccessible::List ? static_cast<int>(rowsFromTop().size())
+                                           : QAccessibleQuickItem::childCount();
+    }
+
     [[nodiscard]] QAccessibleInterface *child(int index) const override
     {
         if (role() != QAccessible::List)
@@ -121,6 +128,7 @@ private:
     [[nodiscard]] QList<QQuickItem *> rowsFromTop() const
     {
         QList<QQuickItem *> rows = childItems();
+        rows.removeIf([](QQuickItem *row) { return QQuickItemPrivate::get(row)->culled; });
         std::stable_sort(rows.begin(), rows.end(), [](const QQuickItem *a, const QQuickItem *b) {
             return a->mapToScene({}).y() < b->mapToScene({}).y();
         });
