@@ -126,7 +126,12 @@ FocusScope {
         properties: ({
                 "content": root.content
             })
-        onDismissed: root.showSubscription = false
+        onDismissed: {
+            root.showSubscription = false;
+            const screen = detail.item as MainRecordView;
+            if (screen)
+                screen.showSubscription = false;
+        }
     }
     SheetPresenter {
         isPresented: root.content.isSetupPresented

@@ -1,6 +1,7 @@
 #include "RenderedScene.h"
 
 #include "recorderfakes/RecorderFixture.h"
+#include "screens/ContentState.h"
 #include "screens/RecordState.h"
 #include "screens/record/AudioWaveform.h"
 #include "screens/record/RecordMotion.h"
@@ -392,6 +393,29 @@ private Q_SLOTS:
         screen.scene.click(screen.item("upgradeButton"));
         QCOMPARE(requests.size(), 2);
         QVERIFY(!screen.state.isRecording());
+    }
+
+    void theSheetWithThePlansOpensOverTheWindowUntilItIsClosed()
+    {
+        RecorderFixture fixture;
+        AppSettings::shared().setHasCompletedSetup(true);
+        fixture.signIn(plan("free", 1, 3));
+        ContentState content;
+        const RenderedScene scene("ContentView {}", {1100, 720},
+                                  {{QStringLiteral("content"), QVariant::fromValue(&content)}});
+        for (int times = 0; times < 2; ++times) {
+            scene.click(scene.item(QStringLiteral("banner")));
+            QQuickItem &screen = *scene.item(QStringLiteral("banner")).parentItem();
+            QVERIFY(screen.property("showSubscription").toBool());
+            QVERIFY(waitUntil([&] {
+                return scene.accessible(QAccessible::Dialog, QStringLiteral("Choose Plan")) != nullptr;
+            }));
+            scene.press(Qt::Key_Escape);
+            QVERIFY(waitUntil([&] { return !screen.property("showSubscription").toBool(); }));
+            QVERIFY(waitUntil([&] {
+                return scene.accessible(QAccessible::Dialog, QStringLiteral("Choose Plan")) == nullptr;
+            }));
+        }
     }
 
     void processingShowsInEitherLook()
