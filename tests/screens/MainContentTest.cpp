@@ -1,4 +1,5 @@
 #include "RenderedScene.h"
+#include "SidebarFixture.h"
 #include "recorderfakes/RecorderFixture.h"
 #include "screens/ContentState.h"
 #include "service/AuthService.h"
@@ -481,6 +482,32 @@ private Q_SLOTS:
         QCOMPARE(root.content.recordings()->rowCount(), 1);
         QVERIFY(root.content.record()->isRecording());
         root.content.record()->toggleRecording();
+    }
+
+    void theListTellsOfTheRowsThatAreThere()
+    {
+        Machine machine;
+        machine.writeList(test::numberedRecordings(3));
+        machine.signInAs("free");
+        Root root;
+        QAccessibleInterface *const list =
+            root.scene.accessible(QAccessible::List, QStringLiteral("Recordings"));
+        QVERIFY(list);
+        QCOMPARE(list->childCount(), 3);
+        // Rows that are out of use wait to be used again, which is nobody's business.
+        QVERIFY(root.content.recordings()->setProperty("searchText", QStringLiteral("Meeting 1")));
+        QVERIFY(waitUntil([&] {
+            root.settle();
+            return list->childCount() == 1;
+        }));
+        QCOMPARE(list->child(0)->text(QAccessible::Name), QStringLiteral("Meeting 1"));
+        QVERIFY(root.content.recordings()->setProperty("searchText", QString()));
+        QVERIFY(waitUntil([&] {
+            root.settle();
+            return list->childCount() == 3;
+        }));
+        for (int i = 0; i < 3; ++i)
+            QCOMPARE(list->child(i)->text(QAccessible::Name), QStringLiteral("Meeting %1").arg(i));
     }
 
     void theDividerMovesTheSidebarWithinItsBounds()
