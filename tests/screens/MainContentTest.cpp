@@ -564,6 +564,22 @@ private Q_SLOTS:
         QVERIFY(!root.content.showError());
     }
 
+    void aSessionThatEndsUnderTheAlertLeavesTheErrorForTheNextOne()
+    {
+        Machine machine;
+        machine.signInAs("free");
+        Root root;
+        root.content.viewModel().setShowError(true);
+        root.waitForSheet("ErrorAlert");
+        machine.signOut();
+        root.waitForEnd("ErrorAlert");
+        QVERIFY(root.content.showError()); // nobody has seen it off
+        machine.signInAs("free");
+        root.waitForSheet("ErrorAlert");
+        root.scene.press(Qt::Key_Escape);
+        QVERIFY(waitUntil([&] { return !root.content.showError(); }));
+    }
+
     void anErrorWithoutATextIsUnknown()
     {
         Machine machine;
