@@ -17,6 +17,9 @@ FocusScope {
     Material {
         anchors.fill: parent
         radius: 9
+        // On a light window the material alone can hardly be made out.
+        border.width: 1
+        border.color: Theme.cardBorder
     }
     Symbol {
         id: glass

@@ -286,6 +286,90 @@ private Q_SLOTS:
         QCOMPARE(list.viewModel->selectedRecording()->title, QStringLiteral("Gamma ONE"));
     }
 
+    void theCurrentRowStaysWithItsRecording()
+    {
+        ListOfThree list;
+        QSignalSpy changes(list.model.get(), &RecordingListModel::currentRowChanged);
+        QCOMPARE(list.model->currentRow(), -1);
+        list.model->setCurrentRow(2);
+        QCOMPARE(list.model->currentRow(), 2);
+        QCOMPARE(changes.size(), 1);
+        list.fixture.signIn();
+        list.insertAtTop();
+        QCOMPARE(list.model->currentRow(), 3);
+        QCOMPARE(changes.size(), 2);
+        list.removeFromTop();
+        QCOMPARE(list.model->currentRow(), 2);
+        // Filtered away, and back again.
+        list.model->setSearchText(QStringLiteral("beta"));
+        QCOMPARE(list.model->currentRow(), -1);
+        list.model->setSearchText(QString());
+        QCOMPARE(list.model->currentRow(), 2);
+        list.model->deleteRecording(list.idOf(2));
+        QCOMPARE(list.model->currentRow(), -1);
+        list.model->setCurrentRow(7);
+        QCOMPARE(list.model->currentRow(), -1);
+    }
+
+    void theCurrentRowOutlivesAReplacementOfAllRows()
+    {
+        QList<Recording> entries;
+        for (int i = 0; i < 1000; ++i)
+            entries.append(entryNamed(i % 2 == 0 ? QStringLiteral("even") : QStringLiteral("odd"), i));
+        ListOfThree list(entries);
+        list.model->setCurrentRow(601);
+        list.model->setSearchText(QStringLiteral("odd"));
+        QCOMPARE(list.model->currentRow(), 300);
+        list.model->setSearchText(QString());
+        QCOMPARE(list.model->currentRow(), 601);
+    }
+
+    void everySearchFindsWhatASearchFromScratchFinds()
+    {
+        const QStringList words{QStringLiteral("Budget"), QStringLiteral("STRASSE"), QStringLiteral("Straße"),
+                                QStringLiteral("ΟΔΟΣ"),   QStringLiteral("  "),      QStringLiteral("é"),
+                                QStringLiteral("🎉")};
+        QList<Recording> entries;
+        for (int i = 0; i < 343; ++i)
+            entries.append(entryNamed(words.at(i % 7) + words.at(i / 7 % 7) + words.at(i / 49), i));
+        ListOfThree list(entries);
+        // Longer, shorter, another one; the model narrows what it has where it can.
+        for (const auto *text : {u"s", u"ss", u"sse", u"ss", u"S", u"", u"δος", u"οδος", u"é", u"e\u0301",
+                                 u" ", u"   ", u"tss", u"🎉", u"🎉b", u"none", u"budget"}) {
+            const QString wanted = QStringView(text).toString();
+            list.model->setSearchText(wanted);
+            QStringList expected;
+            for (const Recording &entry : entries) {
+                QString plain = QString(entry.title).replace(u'ß', QStringLiteral("ss")).toLower();
+                if (plain.replace(u'ς', u'σ').contains(QString(wanted).toLower().replace(u'ς', u'σ')))
+                    expected.append(entry.title);
+            }
+            QCOMPARE(list.titles(), expected);
+        }
+    }
+
+    void rowsTellTheirMarks()
+    {
+        ListOfThree list({entryNamed(QString(), 0), withTranscript(entryNamed(QStringLiteral("a\nb"), 1))});
+        QCOMPARE(list.data(0, RecordingListModel::symbolRole), QVariant(QStringLiteral("waveform")));
+        QCOMPARE(list.data(0, RecordingListModel::symbolColorRole), QVariant(QStringLiteral("secondary")));
+        QCOMPARE(list.data(0, RecordingListModel::nameRole).toString(),
+                 QStringLiteral("Meeting ") + list.viewModel->recordings().first().formattedDate());
+        QCOMPARE(list.data(1, RecordingListModel::symbolRole),
+                 QVariant(QStringLiteral("text.badge.checkmark")));
+        QCOMPARE(list.data(1, RecordingListModel::titleRole), QVariant(QStringLiteral("a b")));
+        list.model->select(1);
+        QCOMPARE(list.viewModel->selectedRecording()->title, QStringLiteral("a\nb"));
+    }
+
+    void aChangeOfAnotherSettingChangesNoRow()
+    {
+        ListOfThree list;
+        QSignalSpy changes(list.model.get(), &QAbstractItemModel::dataChanged);
+        AppSettings::shared().setAutoTranscribe(!AppSettings::shared().autoTranscribe());
+        QCOMPARE(changes.size(), 0);
+    }
+
     void theStatusFollowsTheLanguage()
     {
         ListOfThree list;

@@ -78,6 +78,11 @@ struct Sidebar
                  {QStringLiteral("recordings"), QVariant::fromValue(&model)}}),
           list(scene.item(QStringLiteral("recordingList")))
     {
+        // Where the program has it, so that a menu gives the focus back.
+        for (QQuickItem *const child : scene.window().contentItem()->childItems()) {
+            if (child->inherits("QQuickContentItem"))
+                scene.root().setParentItem(child);
+        }
     }
 
     [[nodiscard]] QQuickItem &item(const char *name) const { return scene.item(QString::fromLatin1(name)); }
