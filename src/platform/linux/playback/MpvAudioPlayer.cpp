@@ -24,6 +24,9 @@ constexpr float kHighestRate = 2.0F;
 // position is the length.
 constexpr double kEndTolerance = 0.25;
 
+// No server holds more sound than this, in seconds. A file that ends earlier was cut off.
+constexpr double kLongestFading = 1.0;
+
 // What libmpv's answers are told apart by.
 constexpr std::uint64_t kSeekReply = 1;
 constexpr std::uint64_t kLoadReply = 2;
@@ -33,6 +36,9 @@ constexpr std::uint64_t kAtEndReply = 3;
 
 MpvAudioPlayer::MpvAudioPlayer(const QString &path) : m_file(std::make_shared<const PlaybackFile>(path))
 {
+    m_fadingAway.setSingleShot(true);
+    m_fadingAway.setTimerType(Qt::PreciseTimer);
+    QObject::connect(&m_fadingAway, &QTimer::timeout, &m_context, [this] { finish(); });
 }
 
 MpvAudioPlayer::~MpvAudioPlayer() = default;
@@ -57,8 +63,16 @@ void MpvAudioPlayer::prepareToPlay()
     applySpeed();
 }
 
+double MpvAudioPlayer::currentTime() const
+{
+    // libmpv does not tell where the sound is that it has handed over entirely.
+    const double since = m_isFadingAway ? double(m_sinceTold.elapsed()) / 1e3 * speed() : 0;
+    return std::min(m_position + since, duration());
+}
+
 void MpvAudioPlayer::setCurrentTime(double seconds)
 {
+    stopFading();
     m_position = std::max(0.0, std::min(seconds, duration()));
     m_isAtEnd = false;
     if (m_stage == Stage::absent)
@@ -100,6 +114,8 @@ void MpvAudioPlayer::play()
 void MpvAudioPlayer::pause()
 {
     m_isPlaying = false;
+    if (m_isFadingAway)
+        setCurrentTime(currentTime()); // libmpv's own place is the end, from which nothing goes on
     if (m_mpv)
         setPaused(true);
 }
@@ -111,6 +127,7 @@ void MpvAudioPlayer::stop()
         return;
     std::array<const char *, 2> command{"stop", nullptr};
     send(mpv_command_async(m_mpv->handle(), 0, command.data()), "stop");
+    stopFading();
     m_stage = Stage::absent;
     m_isSettling = false;
     m_nextSeek.reset();
@@ -136,12 +153,17 @@ void MpvAudioPlayer::seek(double seconds)
     send(mpv_command_async(m_mpv->handle(), kSeekReply, command.data()), "seek");
 }
 
+double MpvAudioPlayer::speed() const
+{
+    return m_isRateEnabled ? double(m_rate) : 1.0;
+}
+
 void MpvAudioPlayer::applySpeed()
 {
     if (!m_mpv)
         return;
-    double speed = m_isRateEnabled ? double(m_rate) : 1.0;
-    send(mpv_set_property_async(m_mpv->handle(), 0, "speed", MPV_FORMAT_DOUBLE, &speed), "speed");
+    double wanted = speed();
+    send(mpv_set_property_async(m_mpv->handle(), 0, "speed", MPV_FORMAT_DOUBLE, &wanted), "speed");
 }
 
 void MpvAudioPlayer::setPaused(bool isPaused)
@@ -210,13 +232,14 @@ void MpvAudioPlayer::propertyChanged(const mpv_event_property &property)
         positionTold(*static_cast<const double *>(property.data));
     else if (name == "eof-reached" && property.format == MPV_FORMAT_FLAG &&
              *static_cast<const int *>(property.data) != 0)
-        finish();
+        endReached();
 }
 
 void MpvAudioPlayer::positionTold(double seconds)
 {
-    if (m_isAtEnd)
+    if (m_isAtEnd || m_isFadingAway)
         return;
+    m_sinceTold.start();
     m_position = std::clamp(seconds, 0.0, duration());
     if (m_isPlaying && seconds >= duration() + kEndTolerance)
         finish();
@@ -231,6 +254,7 @@ void MpvAudioPlayer::endTold(const mpv_event_end_file &end)
     m_stage = Stage::absent;
     m_isSettling = false;
     m_nextSeek.reset();
+    stopFading();
     m_isPlaying = false;
 }
 
@@ -243,14 +267,37 @@ void MpvAudioPlayer::settled(bool isAtEnd)
         seek(*std::exchange(m_nextSeek, std::nullopt));
         return;
     }
+    m_sinceTold.start();
     if (isAtEnd)
-        finish();
+        endReached();
     else if (m_isPlaying)
         setPaused(false);
 }
 
+/// libmpv has handed over the last sample, which the server has yet to play: some tenths of a second may be
+/// in its hands, and a pause would take them out.
+void MpvAudioPlayer::endReached()
+{
+    if (!m_isPlaying) {
+        finish();
+        return;
+    }
+    const double told = m_sinceTold.isValid() ? double(m_sinceTold.elapsed()) / 1e3 : 0;
+    const double remaining = (duration() - m_position) / speed() - told;
+    m_isFadingAway = true;
+    m_fadingAway.start(int(std::clamp(remaining, 0.0, kLongestFading) * 1e3));
+}
+
+void MpvAudioPlayer::stopFading()
+{
+    m_isFadingAway = false;
+    m_fadingAway.stop();
+}
+
 void MpvAudioPlayer::finish()
 {
+    m_position = currentTime();
+    stopFading();
     m_isAtEnd = true;
     m_isPlaying = false;
     if (m_position >= duration() - kEndTolerance)

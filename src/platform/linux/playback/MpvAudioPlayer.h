@@ -4,7 +4,9 @@
 #include "platform/linux/playback/MpvInstance.h"
 #include "platform/linux/playback/PlaybackFile.h"
 
+#include <QElapsedTimer>
 #include <QObject>
+#include <QTimer>
 
 #include <atomic>
 #include <memory>
@@ -28,7 +30,7 @@ public:
     ~MpvAudioPlayer() override;
 
     [[nodiscard]] double duration() const override { return m_file->duration(); }
-    [[nodiscard]] double currentTime() const override { return m_position; }
+    [[nodiscard]] double currentTime() const override;
     void setCurrentTime(double seconds) override;
     void setRate(float rate) override;
     void setEnableRate(bool isEnabled) override;
@@ -44,6 +46,7 @@ private:
 
     void load();
     void seek(double seconds);
+    [[nodiscard]] double speed() const;
     void applySpeed();
     void setPaused(bool isPaused);
     void send(int result, const char *what);
@@ -54,6 +57,8 @@ private:
     void positionTold(double seconds);
     void endTold(const mpv_event_end_file &end);
     void settled(bool isAtEnd);
+    void endReached();
+    void stopFading();
     void finish();
 
     const std::shared_ptr<const PlaybackFile> m_file;
@@ -65,6 +70,9 @@ private:
     bool m_isSettling = false;        ///< a load or a seek is under way, and positions told are old ones
     std::optional<double> m_nextSeek; ///< the newest target that has been named meanwhile
     double m_position = 0;            ///< the last one told, or the target while settling
+    QElapsedTimer m_sinceTold;        ///< the age of `m_position`
+    bool m_isFadingAway = false;      ///< libmpv has come to the end of the file, its sound has not
+    QTimer m_fadingAway;              ///< runs meanwhile
     bool m_isPlaying = false;
     bool m_isAtEnd = false;
     float m_rate = 1;
