@@ -4,8 +4,9 @@ namespace talvenor {
 
 /// Plays one audio file to the default output.
 ///
-/// Made, used and destroyed on the main thread, which no call holds up for longer than a handful of
-/// milliseconds, whatever the sound server does. The file that it was made for is the file that it plays,
+/// Made, used and destroyed on the main thread. Making one reads the file's index, which takes a few
+/// milliseconds, or a tenth of a second for hours that are still being recorded; no other call holds the
+/// thread up, whatever the sound server does. The file that it was made for is the file that it plays,
 /// whatever becomes of the name meanwhile. Destroying a player silences it.
 class AudioPlayer
 {

@@ -24,8 +24,10 @@ constexpr float kHighestRate = 2.0F;
 // position is the length.
 constexpr double kEndTolerance = 0.25;
 
-// No server holds more sound than this, in seconds. A file that ends earlier was cut off.
+// No server holds more sound than this, in seconds: a file that ends earlier was cut off or damaged, and how
+// much of it is still to be heard is a guess.
 constexpr double kLongestFading = 1.0;
+constexpr double kGuessedFading = 0.3;
 
 // What libmpv's answers are told apart by.
 constexpr std::uint64_t kSeekReply = 1;
@@ -285,7 +287,7 @@ void MpvAudioPlayer::endReached()
     const double told = m_sinceTold.isValid() ? double(m_sinceTold.elapsed()) / 1e3 : 0;
     const double remaining = (duration() - m_position) / speed() - told;
     m_isFadingAway = true;
-    m_fadingAway.start(int(std::clamp(remaining, 0.0, kLongestFading) * 1e3));
+    m_fadingAway.start(int(1e3 * (remaining > kLongestFading ? kGuessedFading : std::max(0.0, remaining))));
 }
 
 void MpvAudioPlayer::stopFading()

@@ -26,10 +26,9 @@ struct Option
 
 constexpr std::array kOptions{
     // Nothing of the user's own mpv, and nothing beside the one file.
-    Option{"config", "no"}, Option{"load-scripts", "no"}, Option{"ytdl", "no"}, Option{"osc", "no"},
-    Option{"load-stats-overlay", "no"}, Option{"load-osd-console", "no"}, Option{"load-auto-profiles", "no"},
-    Option{"resume-playback", "no"}, Option{"autoload-files", "no"}, Option{"access-references", "no"},
-    Option{"load-unsafe-playlists", "no"}, Option{"demuxer", "lavf"}, Option{"cache", "no"},
+    Option{"config", "no"}, Option{"load-scripts", "no"}, Option{"resume-playback", "no"},
+    Option{"autoload-files", "no"}, Option{"access-references", "no"}, Option{"load-unsafe-playlists", "no"},
+    Option{"demuxer", "lavf"}, Option{"cache", "no"},
     // Sound alone: no picture, no terminal, no keys.
     Option{"terminal", "no"}, Option{"input-default-bindings", "no"}, Option{"input-media-keys", "no"},
     Option{"vid", "no"}, Option{"sid", "no"}, Option{"vo", "null"}, Option{"audio-display", "no"},
@@ -42,6 +41,18 @@ constexpr std::array kOptions{
     // The end of the file is a place like any other: one can go back from there.
     Option{"idle", "yes"}, Option{"pause", "yes"}, Option{"keep-open", "always"},
     Option{"keep-open-pause", "no"}};
+
+// The scripts that are built in. Which there are is a matter of the version and of how it was built.
+constexpr std::array kBuiltInScripts{"ytdl",
+                                     "osc",
+                                     "load-stats-overlay",
+                                     "load-osd-console",
+                                     "load-console",
+                                     "load-auto-profiles",
+                                     "load-select",
+                                     "load-positioning",
+                                     "load-commands",
+                                     "load-context-menu"};
 
 void check(int result, const char *what)
 {
@@ -151,6 +162,10 @@ void MpvInstance::setUp()
 {
     for (const Option &option : kOptions)
         check(mpv_set_option_string(m_handle, option.name, option.value), option.name);
+    for (const char *const script : kBuiltInScripts)
+        if (const int result = mpv_set_option_string(m_handle, script, "no");
+            result != MPV_ERROR_OPTION_NOT_FOUND)
+            check(result, script);
     const QByteArray demuxerOptions =
         QByteArray("protocol_whitelist=none,format_whitelist=[") + AudioDecoder::kFormats + ']';
     check(mpv_set_option_string(m_handle, "demuxer-lavf-o", demuxerOptions.constData()), "demuxer-lavf-o");
