@@ -30,7 +30,7 @@ QColor withOpacity(QColor color, double opacity)
 /// The root view over the program's state, with nobody signed in to begin with unless the fixture has.
 struct Root
 {
-    explicit Root(QSize size = usualWindow)
+    explicit Root(QSize size = smallestWindow)
         : scene("ContentView {}", size, {{QStringLiteral("content"), QVariant::fromValue(&content)}})
     {
         settle();
@@ -134,7 +134,7 @@ private Q_SLOTS:
     {
         Machine machine;
         machine.signInAs("premium", "admin");
-        const Root root(smallestWindow);
+        const Root root;
         double last = 0;
         for (const char *const name : {"admin", "plans", "account", "settings"}) {
             const QRectF rect = RenderedScene::rect(root.item(name));
@@ -514,7 +514,7 @@ private Q_SLOTS:
     {
         Machine machine;
         machine.signInAs("free");
-        const Root root;
+        const Root root(usualWindow);
         const QQuickItem &sidebar = root.item("sidebar");
         QCOMPARE(sidebar.width(), 300.0);
         dragDivider(root, 300, 400);
