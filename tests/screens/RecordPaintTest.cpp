@@ -392,6 +392,70 @@ private Q_SLOTS:
         QCOMPARE(meter->valueInterface()->maximumValue().toDouble(), 1.0);
     }
 
+    void aDigitThatChangesRollsAndTheOthersStand()
+    {
+        const QByteArray text = "RollingDigits { text: '00:01'; width: 200; height: 80; font.pixelSize: 40\n"
+                                "font.family: Theme.monospaced }";
+        QImage after;
+        {
+            const RenderedScene still(text, {240, 100});
+            still.root().setProperty("isAnimated", false);
+            still.root().setProperty("text", QStringLiteral("00:02"));
+            after = still.grab();
+        }
+        const RenderedScene scene(text, {240, 100});
+        QQuickItem &digits = scene.root();
+        const QImage before = scene.grab();
+        QVERIFY(after != before);
+        digits.setProperty("text", QStringLiteral("00:02"));
+        // On its way it is neither, and what has not changed is as it was.
+        const QImage between = scene.grab();
+        QVERIFY(between != after);
+        const int unchanged = static_cast<int>(before.width() * digits.implicitWidth() / 240 * 0.78);
+        const QRect firstFour(0, 0, unchanged, before.height());
+        QCOMPARE(between.copy(firstFour), before.copy(firstFour));
+        QVERIFY(waitUntil([&] { return scene.grab() == after; }));
+    }
+
+    void anHourNeedsMoreDigits()
+    {
+        const RenderedScene scene("RollingDigits { text: '59:59'; font.pixelSize: 40 }", {400, 100});
+        const double width = scene.root().implicitWidth();
+        scene.root().setProperty("text", QStringLiteral("1:00:00"));
+        QVERIFY(std::abs(scene.root().implicitWidth() - width * 7 / 5) <= 2);
+        QVERIFY(scene.accessible(QAccessible::StaticText, QStringLiteral("1:00:00")));
+    }
+
+    void theSourcesAreToldWithTheirColour()
+    {
+        const RenderedScene scene("SourceIndicator { hasSystemAudio: true }", {400, 100});
+        const QQuickItem &words = scene.item(QStringLiteral("source"));
+        const QQuickItem &dot = scene.item(QStringLiteral("sourceDot"));
+        QCOMPARE(words.property("text").toString(), QStringLiteral("Microphone + System Audio"));
+        QCOMPARE(dot.property("color").value<QColor>(), scene.themeColor("green"));
+        scene.setLanguage(AppLanguage::german);
+        QCOMPARE(words.property("text").toString(), QStringLiteral("Mikrofon + System-Audio"));
+        scene.root().setProperty("hasSystemAudio", false);
+        QCOMPARE(words.property("text").toString(),
+                 QStringLiteral("Nur Mikrofon (System-Audio nicht verfuegbar)"));
+        QVERIFY(
+            waitUntil([&] { return dot.property("color").value<QColor>() == scene.themeColor("orange"); }));
+        QVERIFY(waitUntil([&] { return scene.root().width() >= words.implicitWidth() + 36; }));
+    }
+
+    void aStatusOfAnyLengthStaysInItsCapsule()
+    {
+        const RenderedScene scene("ProcessingCapsule { width: 400; isProcessing: true; text: 'a' }",
+                                  {400, 120});
+        const QQuickItem &capsule = scene.item(QStringLiteral("processingCapsule"));
+        const double height = capsule.height();
+        scene.root().setProperty("text", QString(3'000'000, u'x') + QStringLiteral("\n\tend"));
+        QCOMPARE(capsule.width(), 360.0);
+        QCOMPARE(capsule.height(), height);
+        scene.root().setProperty("text", QStringLiteral("first\nsecond"));
+        QCOMPARE(capsule.height(), height);
+    }
+
     void ringsTurnInFourSecondsAndTheGlowBreathes()
     {
         QCOMPARE(RecordMotion::ringRotationAt(0), 0.0);
