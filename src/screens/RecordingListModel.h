@@ -21,6 +21,8 @@ class RecordingListModel : public KeyedListModel
     Q_OBJECT
     QML_ELEMENT
     QML_UNCREATABLE("The application makes it.")
+    // That of the base class, which the type descriptions for QML leave out.
+    Q_PROPERTY(int count READ count NOTIFY countChanged)
     Q_PROPERTY(QString searchText READ searchText WRITE setSearchText NOTIFY searchTextChanged)
     Q_PROPERTY(int selectedRow READ selectedRow NOTIFY selectedRowChanged)
     Q_PROPERTY(int currentRow READ currentRow WRITE setCurrentRow NOTIFY currentRowChanged)
