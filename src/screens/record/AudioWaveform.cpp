@@ -66,7 +66,7 @@ private:
     [[nodiscard]] QRgb shade(float share, float coverage) const
     {
         const auto channel = [share, coverage](float from, float to) {
-            return static_cast<int>((from + (to - from) * share) * coverage + 0.5F);
+            return qRound((from + (to - from) * share) * coverage);
         };
         return qRgba(channel(lower.red, upper.red), channel(lower.green, upper.green),
                      channel(lower.blue, upper.blue), channel(lower.alpha, upper.alpha));

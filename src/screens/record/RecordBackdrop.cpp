@@ -73,19 +73,19 @@ class Thresholds
 public:
     Thresholds()
     {
-        for (int y = 0; y < side; ++y) {
-            for (int x = 0; x < side; ++x)
-                m_values[static_cast<size_t>(y * side + x)] = ditherThreshold(x, y);
+        for (size_t y = 0; y < side; ++y) {
+            for (size_t x = 0; x < side; ++x)
+                m_values[y * side + x] = ditherThreshold(static_cast<int>(x), static_cast<int>(y));
         }
     }
 
     [[nodiscard]] float at(int x, int y) const
     {
-        return m_values[static_cast<size_t>(y % side * side + x % side)];
+        return m_values[static_cast<size_t>(y) % side * side + static_cast<size_t>(x) % side];
     }
 
 private:
-    static constexpr int side = 128;
+    static constexpr size_t side = 128;
     std::array<float, side * side> m_values{};
 };
 

@@ -99,7 +99,7 @@ void RecordingRings::drawArc(QImage &image, const QTransform &toPoints, const Ar
             return;
         const float kept = 1 - opacity;
         const auto over = [kept, opacity](float color, int below) {
-            return static_cast<int>(color * opacity * 255 + static_cast<float>(below) * kept + 0.5F);
+            return qRound(color * opacity * 255 + static_cast<float>(below) * kept);
         };
         point = qRgba(over(red, qRed(point)), over(green, qGreen(point)), over(blue, qBlue(point)),
                       over(1, qAlpha(point)));
