@@ -95,7 +95,7 @@ FocusScope {
                         width: parent.width
                         visible: text.length > 0
                         text: Theme.bounded(login.errorMessage)
-                        color: Theme.red
+                        color: Theme.redText
                         font.pixelSize: Theme.caption
                         wrapMode: Text.Wrap
                     }

@@ -100,7 +100,7 @@ ScrollArea {
             Layout.fillWidth: true
             visible: text.length > 0
             text: Theme.bounded(form.errorMessage)
-            color: Theme.red
+            color: Theme.redText
             font.pixelSize: Theme.caption
             wrapMode: Text.Wrap
         }

@@ -9,7 +9,7 @@ PlainButton {
     cornerRadius: 10
     text: L10n.isGerman ? "Abmelden" : "Sign Out"
     icon.name: "rectangle.portrait.and.arrow.right"
-    color: Theme.red
+    color: Theme.redText
     font.pixelSize: Theme.subheadline
 
     contentItem: IconLabel {

@@ -18,12 +18,18 @@ QtObject {
     readonly property color recordingStart: "#ff3b30"
     readonly property color recordingEnd: "#e81f63"
 
-    // Named colours of the platform, each in a shade that can be read as a text in its scheme.
-    readonly property color red: isDark ? "#ff6961" : "#c9221a"
-    readonly property color orange: isDark ? "#ffb340" : "#a85400"
-    readonly property color yellow: isDark ? "#ffd426" : "#b88600"
-    readonly property color green: isDark ? "#30d158" : "#1b7a34"
-    readonly property color systemPurple: isDark ? "#cc80f7" : "#8944ab"
+    // Named colours, for symbols and fills: bright, as a sign should be.
+    readonly property color red: isDark ? "#ff4a40" : "#f5342a"
+    readonly property color orange: isDark ? "#ffa01a" : "#f58a00"
+    readonly property color yellow: isDark ? "#ffd426" : "#f0b400"
+    readonly property color green: isDark ? "#30d158" : "#28b34d"
+    readonly property color systemPurple: isDark ? "#c065f5" : "#a64fd6"
+
+    // The same where they are text, in shades that can be read in their scheme.
+    readonly property color redText: isDark ? "#ff6961" : "#c9221a"
+    readonly property color orangeText: isDark ? "#ffb340" : "#a85400"
+    readonly property color greenText: isDark ? "#30d158" : "#1b7a34"
+    readonly property color systemPurpleText: isDark ? "#cc80f7" : "#8944ab"
     readonly property color white: "#ffffff"
     readonly property color black: "#000000"
     readonly property color clear: "transparent"
@@ -98,13 +104,13 @@ QtObject {
     function statusColour(status: string): color {
         switch (status) {
         case "completed":
-            return green;
+            return greenText;
         case "transcribing":
-            return orange;
+            return orangeText;
         case "summarizing":
-            return systemPurple;
+            return systemPurpleText;
         default:
-            return red;
+            return redText;
         }
     }
 }

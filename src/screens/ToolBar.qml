@@ -9,7 +9,7 @@ Item {
     readonly property var user: content.currentUser
     readonly property color tierColor: {
         if (content.subscriptionTier === "premium")
-            return Theme.systemPurple;
+            return Theme.systemPurpleText;
         return content.subscriptionTier === "basic" ? Theme.blue : Theme.secondary;
     }
 

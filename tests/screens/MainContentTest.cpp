@@ -203,7 +203,7 @@ private Q_SLOTS:
         QTest::newRow("free") << QByteArray("free") << QStringLiteral("Free") << QByteArray("secondary");
         QTest::newRow("basic") << QByteArray("basic") << QStringLiteral("Basic") << QByteArray("blue");
         QTest::newRow("premium") << QByteArray("premium") << QStringLiteral("Premium")
-                                 << QByteArray("systemPurple");
+                                 << QByteArray("systemPurpleText");
         QTest::newRow("lifetime") << QByteArray("lifetime") << QStringLiteral("Lifetime")
                                   << QByteArray("secondary");
         QTest::newRow("unknown") << QByteArray("gold") << QStringLiteral("Free") << QByteArray("secondary");

@@ -123,7 +123,7 @@ private Q_SLOTS:
         Screen screen;
         screen.setRecording(true);
         QCOMPARE(screen.text("caption"), QStringLiteral("Recording in Progress"));
-        QCOMPARE(screen.color("caption"), screen.scene.themeColor("red"));
+        QCOMPARE(screen.color("caption"), screen.scene.themeColor("redText"));
         for (const char *const name :
              {"timer", "waveform", "sourceIndicator", "recordingRings", "recordingDisc", "recordingGlow"})
             QVERIFY2(screen.isVisible(name), name);

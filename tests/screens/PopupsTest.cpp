@@ -225,9 +225,9 @@ private Q_SLOTS:
         openMenu(scene);
         QQuickItem *const label =
             scene.item(QStringLiteral("delete")).property("contentItem").value<QQuickItem *>();
-        QCOMPARE(label->property("color").value<QColor>(), scene.themeColor("red"));
+        QCOMPARE(label->property("color").value<QColor>(), scene.themeColor("redText"));
         scene.setScheme(ColorScheme::dark);
-        QCOMPARE(label->property("color").value<QColor>(), scene.themeColor("red"));
+        QCOMPARE(label->property("color").value<QColor>(), scene.themeColor("redText"));
         // The menu's ground follows the scheme too.
         const QRectF area = popupRect(scene, "menu");
         TALVENOR_COMPARE_COLOR(scene.colorAt({area.right() - 8, area.top() + 3}), scene.themeColor("popup"));

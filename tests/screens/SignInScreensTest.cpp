@@ -292,7 +292,7 @@ private Q_SLOTS:
         (void)scene.grab();
         QVERIFY2(error.property("text").toString().contains(text),
                  qPrintable(error.property("text").toString()));
-        QCOMPARE(error.property("color").value<QColor>(), scene.themeColor("red"));
+        QCOMPARE(error.property("color").value<QColor>(), scene.themeColor("redText"));
         QCOMPARE(fontSize(error), 12);
         QCOMPARE(error.width(), 340.0);
         QCOMPARE(gapBelow(scene.item(QStringLiteral("password")), error), 14.0);

@@ -120,8 +120,8 @@ private Q_SLOTS:
         RenderedScene scene("Item {}");
         scene.setScheme(scheme);
         const QList<std::pair<const char *, double>> texts{
-            {"primary", 7}, {"secondary", 4.5}, {"tertiary", 3},       {"red", 4.5},       {"orange", 4.5},
-            {"green", 4.5}, {"yellow", 2.9},    {"systemPurple", 4.5}, {"accentText", 4.5}};
+            {"primary", 7},      {"secondary", 4.5}, {"tertiary", 3},           {"redText", 4.5},
+            {"orangeText", 4.5}, {"greenText", 4.5}, {"systemPurpleText", 4.5}, {"accentText", 4.5}};
         for (const char *const ground : {"windowBackground", "sheet"}) {
             for (const auto &[name, least] : texts) {
                 const double found = contrast(scene.themeColor(name), scene.themeColor(ground));
@@ -138,11 +138,11 @@ private Q_SLOTS:
                             "GradientFill { x: 10; y: 100; width: 40; height: 40; startColor: Theme.red } }");
         TALVENOR_COMPARE_COLOR(scene.colorAt({300, 200}), QColor(0xf5, 0xf5, 0xf7));
         TALVENOR_COMPARE_COLOR(scene.colorAt({40, 38}), QColor(0x1d, 0x1d, 0x1f));
-        TALVENOR_COMPARE_COLOR(scene.colorAt({30, 120}), QColor(0xc9, 0x22, 0x1a));
+        TALVENOR_COMPARE_COLOR(scene.colorAt({30, 120}), QColor(0xf5, 0x34, 0x2a));
         scene.setScheme(ColorScheme::dark);
         TALVENOR_COMPARE_COLOR(scene.colorAt({300, 200}), QColor(0x1e, 0x1e, 0x20));
         TALVENOR_COMPARE_COLOR(scene.colorAt({40, 38}), QColor(0xf2, 0xf2, 0xf5));
-        TALVENOR_COMPARE_COLOR(scene.colorAt({30, 120}), QColor(0xff, 0x69, 0x61));
+        TALVENOR_COMPARE_COLOR(scene.colorAt({30, 120}), QColor(0xff, 0x4a, 0x40));
     }
 
     void withoutAPreferenceThePaletteDecidesAndIsFollowed()

@@ -8,7 +8,7 @@ T.MenuItem {
 
     /// For what cannot be taken back.
     property bool isDestructive: false
-    property color foreground: isDestructive ? Theme.red : Theme.primary
+    property color foreground: isDestructive ? Theme.redText : Theme.primary
 
     implicitWidth: implicitContentWidth + leftPadding + rightPadding
     implicitHeight: implicitContentHeight + topPadding + bottomPadding

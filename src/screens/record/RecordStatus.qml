@@ -26,7 +26,7 @@ Item {
         // The space after the last letter is not part of the word.
         x: (status.width - width + font.letterSpacing) / 2
         text: status.isRecording ? L10n.recordingInProgress : L10n.readyToRecord
-        color: status.isRecording ? Theme.red : Theme.secondary
+        color: status.isRecording ? Theme.redText : Theme.secondary
         font.pixelSize: Theme.scaled(13)
         font.weight: Font.DemiBold
         font.capitalization: Font.AllUppercase
