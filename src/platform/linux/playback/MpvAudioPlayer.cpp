@@ -29,6 +29,10 @@ constexpr double kEndTolerance = 0.25;
 constexpr double kLongestFading = 1.0;
 constexpr double kGuessedFading = 0.3;
 
+// A position that is further ahead of the last one than this, in seconds besides the time that has passed, is
+// not where the sound is.
+constexpr double kCredibleLead = 0.1;
+
 // What libmpv's answers are told apart by.
 constexpr std::uint64_t kSeekReply = 1;
 constexpr std::uint64_t kLoadReply = 2;
@@ -68,7 +72,7 @@ void MpvAudioPlayer::prepareToPlay()
 double MpvAudioPlayer::currentTime() const
 {
     // libmpv does not tell where the sound is that it has handed over entirely.
-    const double since = m_isFadingAway ? double(m_sinceTold.elapsed()) / 1e3 * speed() : 0;
+    const double since = m_isFadingAway ? secondsSinceTold() * speed() : 0;
     return std::min(m_position + since, duration());
 }
 
@@ -153,6 +157,11 @@ void MpvAudioPlayer::seek(double seconds)
     std::array<const char *, 4> command{"seek", target.constData(), "absolute+exact", nullptr};
     m_isSettling = true;
     send(mpv_command_async(m_mpv->handle(), kSeekReply, command.data()), "seek");
+}
+
+double MpvAudioPlayer::secondsSinceTold() const
+{
+    return m_sinceTold.isValid() ? double(m_sinceTold.elapsed()) / 1e3 : 0;
 }
 
 double MpvAudioPlayer::speed() const
@@ -241,6 +250,10 @@ void MpvAudioPlayer::positionTold(double seconds)
 {
     if (m_isAtEnd || m_isFadingAway)
         return;
+    // When a server has been given everything, it may call the last of it played at once.
+    const double expected = m_position + secondsSinceTold() * speed();
+    if (m_isPlaying && seconds > duration() - kEndTolerance && seconds > expected + kCredibleLead)
+        return;
     m_sinceTold.start();
     m_position = std::clamp(seconds, 0.0, duration());
     if (m_isPlaying && seconds >= duration() + kEndTolerance)
@@ -284,8 +297,7 @@ void MpvAudioPlayer::endReached()
         finish();
         return;
     }
-    const double told = m_sinceTold.isValid() ? double(m_sinceTold.elapsed()) / 1e3 : 0;
-    const double remaining = (duration() - m_position) / speed() - told;
+    const double remaining = (duration() - m_position) / speed() - secondsSinceTold();
     m_isFadingAway = true;
     m_fadingAway.start(int(1e3 * (remaining > kLongestFading ? kGuessedFading : std::max(0.0, remaining))));
 }

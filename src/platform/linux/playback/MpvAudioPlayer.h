@@ -47,6 +47,7 @@ private:
     void load();
     void seek(double seconds);
     [[nodiscard]] double speed() const;
+    [[nodiscard]] double secondsSinceTold() const;
     void applySpeed();
     void setPaused(bool isPaused);
     void send(int result, const char *what);
