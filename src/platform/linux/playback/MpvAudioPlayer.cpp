@@ -9,6 +9,7 @@
 
 #include <algorithm>
 #include <array>
+#include <chrono>
 #include <cmath>
 #include <string_view>
 #include <utility>
@@ -29,6 +30,9 @@ constexpr double kEndTolerance = 0.25;
 constexpr double kLongestFading = 1.0;
 constexpr double kGuessedFading = 0.3;
 
+// How long the output stays open after the end.
+constexpr std::chrono::milliseconds kRunningOut{500};
+
 // A position that is further ahead of the last one than this, in seconds besides the time that has passed, is
 // not where the sound is.
 constexpr double kCredibleLead = 0.1;
@@ -45,6 +49,8 @@ MpvAudioPlayer::MpvAudioPlayer(const QString &path) : m_file(std::make_shared<co
     m_fadingAway.setSingleShot(true);
     m_fadingAway.setTimerType(Qt::PreciseTimer);
     QObject::connect(&m_fadingAway, &QTimer::timeout, &m_context, [this] { finish(); });
+    m_runningOut.setSingleShot(true);
+    QObject::connect(&m_runningOut, &QTimer::timeout, &m_context, [this] { setPaused(true); });
 }
 
 MpvAudioPlayer::~MpvAudioPlayer() = default;
@@ -79,6 +85,10 @@ double MpvAudioPlayer::currentTime() const
 void MpvAudioPlayer::setCurrentTime(double seconds)
 {
     stopFading();
+    if (m_runningOut.isActive()) {
+        m_runningOut.stop();
+        setPaused(true);
+    }
     m_position = std::max(0.0, std::min(seconds, duration()));
     m_isAtEnd = false;
     if (m_stage == Stage::absent)
@@ -120,6 +130,7 @@ void MpvAudioPlayer::play()
 void MpvAudioPlayer::pause()
 {
     m_isPlaying = false;
+    m_runningOut.stop();
     if (m_isFadingAway)
         setCurrentTime(currentTime()); // libmpv's own place is the end, from which nothing goes on
     if (m_mpv)
@@ -316,7 +327,8 @@ void MpvAudioPlayer::finish()
     m_isPlaying = false;
     if (m_position >= duration() - kEndTolerance)
         m_position = duration();
-    setPaused(true);
+    // A server that is short of time is later than it says: its last sound is not taken from it.
+    m_runningOut.start(kRunningOut);
 }
 
 } // namespace talvenor

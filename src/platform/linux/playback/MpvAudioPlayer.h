@@ -74,6 +74,7 @@ private:
     QElapsedTimer m_sinceTold;        ///< the age of `m_position`
     bool m_isFadingAway = false;      ///< libmpv has come to the end of the file, its sound has not
     QTimer m_fadingAway;              ///< runs meanwhile
+    QTimer m_runningOut;              ///< runs from the end of the sound until the output is paused
     bool m_isPlaying = false;
     bool m_isAtEnd = false;
     float m_rate = 1;
