@@ -46,6 +46,17 @@ private:
     }
 };
 
+/// The level of a tone in the half second in which it is loudest: over longer times a sound that begins anew
+/// may cancel itself out.
+double loudestLevel(std::span<const float> samples, double frequency)
+{
+    constexpr auto kStep = std::size_t(kPlaybackRate / 2);
+    double loudest = -200;
+    for (std::size_t start = 0; start + kStep <= samples.size(); start += kStep)
+        loudest = std::max(loudest, toneLevelDbfs(samples.subspan(start, kStep), kPlaybackRate, frequency));
+    return loudest;
+}
+
 /// The longest that any of the calls made through it has taken, in milliseconds.
 class CallMeter
 {
@@ -301,7 +312,7 @@ private Q_SLOTS:
         player.setRate(1.5F);
         player.play();
         QVERIFY(m_ear->listen(2.5));
-        QVERIFY(toneLevelDbfs(m_ear->samples(), kPlaybackRate, 3'100) > -30);
+        QVERIFY(heardSeconds(m_ear->samples(), 3'100) > 4);
         player.stop();
         player.load(tone);
         player.play();
@@ -314,8 +325,8 @@ private Q_SLOTS:
         const std::vector<float> samples = decodedAudio(path);
         QVERIFY(samples.size() > std::size_t(5 * kPlaybackRate));
         const auto heard = std::span(samples).subspan(std::size_t(kPlaybackRate));
-        const double other = toneLevelDbfs(heard, kPlaybackRate, 1'700);
-        const double own = toneLevelDbfs(heard, kPlaybackRate, 3'100);
+        const double other = loudestLevel(heard, 1'700);
+        const double own = loudestLevel(heard, 3'100);
         qInfo("the far side is at %.1f dB, our own playback at %.1f dB", other, own);
         QVERIFY(heardSeconds(heard, 1'700) > 0.9 * double(heard.size()) / kPlaybackRate);
         QVERIFY(own < -70);
