@@ -139,7 +139,7 @@ private:
 
     QString wholeText(int *start, int *end) const
     {
-        const QString whole = shownText();
+        QString whole = shownText();
         *start = 0;
         *end = static_cast<int>(whole.size());
         return whole;

@@ -2,6 +2,8 @@
 
 #include "foundation/ProgrammingError.h"
 
+#include <QByteArrayList>
+
 #include <unicode/uchar.h>
 #include <unicode/ustring.h>
 

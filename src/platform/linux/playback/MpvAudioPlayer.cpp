@@ -289,8 +289,8 @@ void MpvAudioPlayer::settled(bool isAtEnd)
     if (!m_isSettling)
         return;
     m_isSettling = false;
-    if (m_nextSeek) {
-        seek(*std::exchange(m_nextSeek, std::nullopt));
+    if (const auto next = std::exchange(m_nextSeek, std::nullopt)) {
+        seek(*next);
         return;
     }
     m_sinceTold.start();
