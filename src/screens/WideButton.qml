@@ -19,9 +19,13 @@ T.Button {
     Accessible.name: text
     Accessible.onPressAction: if (enabled)
         button.clicked()
-    Keys.onReturnPressed: button.clicked()
-    Keys.onEnterPressed: button.clicked()
+    Keys.forwardTo: [clickKeys]
     onClicked: record.stopOrShowRecordScreen()
+
+    ClickKeys {
+        id: clickKeys
+        onClicked: button.clicked()
+    }
 
     contentItem: WideButtonLabel {
         isRecording: button.record.isRecording

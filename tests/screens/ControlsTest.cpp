@@ -5,6 +5,7 @@
 
 #include <QClipboard>
 #include <QGuiApplication>
+#include <QKeyEvent>
 #include <QSignalSpy>
 #include <QTest>
 
@@ -163,6 +164,45 @@ private Q_SLOTS:
         scene.press(Qt::Key_Return);
         button->actionInterface()->doAction(QAccessibleActionInterface::pressAction());
         QCOMPARE(clicks(), 5);
+    }
+
+    void aKeyHeldDownIsOnePress_data()
+    {
+        QTest::addColumn<QByteArray>("qml");
+        QTest::addColumn<Qt::Key>("key");
+        const QList<std::pair<const char *, QByteArray>> controls{
+            {"ActionButton", "ActionButton { title: 'Press'; onClicked: ++count"},
+            {"PushButton", "PushButton { text: 'Press'; onClicked: ++count"},
+            {"PlainButton", "PlainButton { text: 'Press'; onClicked: ++count"},
+            {"ToggleSwitch", "ToggleSwitch { text: 'Press'; isOn: false; onToggled: ++count"},
+            {"RecordButton", "RecordButton { isRecording: false; audioLevel: 0; onClicked: ++count"}};
+        for (const auto &[name, qml] : controls) {
+            QTest::addRow("%s, Return", name) << qml << Qt::Key_Return;
+            QTest::addRow("%s, Enter", name) << qml << Qt::Key_Enter;
+            QTest::addRow("%s, Space", name) << qml << Qt::Key_Space;
+        }
+    }
+
+    void aKeyHeldDownIsOnePress()
+    {
+        QFETCH(const QByteArray, qml);
+        QFETCH(const Qt::Key, key);
+        const RenderedScene scene(qml + "; property int count: 0; focus: true }");
+        scene.root().forceActiveFocus(Qt::TabFocusReason);
+        const auto send = [&scene, key](QEvent::Type type, bool isRepeated) {
+            QKeyEvent event(type, key, Qt::NoModifier, QString(), isRepeated);
+            QCoreApplication::sendEvent(&scene.window(), &event);
+        };
+        send(QEvent::KeyPress, false);
+        // What X tells while a key is down.
+        for (int i = 0; i < 3; ++i) {
+            send(QEvent::KeyRelease, true);
+            send(QEvent::KeyPress, true);
+        }
+        send(QEvent::KeyRelease, false);
+        QCOMPARE(scene.root().property("count").toInt(), 1);
+        scene.press(key);
+        QCOMPARE(scene.root().property("count").toInt(), 2);
     }
 
     void theKeyboardsPlaceIsSeen()

@@ -42,8 +42,12 @@ FocusScope {
         Accessible.name: control.title
         Accessible.onPressAction: if (enabled)
             control.clicked()
-        Keys.onReturnPressed: control.clicked()
-        Keys.onEnterPressed: control.clicked()
+        Keys.forwardTo: [clickKeys]
+
+        ClickKeys {
+            id: clickKeys
+            onClicked: control.clicked()
+        }
 
         contentItem: IconLabel {
             isSpoken: false

@@ -24,8 +24,12 @@ T.Button {
     Accessible.name: spokenName
     Accessible.onPressAction: if (enabled)
         control.clicked()
-    Keys.onReturnPressed: control.clicked()
-    Keys.onEnterPressed: control.clicked()
+    Keys.forwardTo: [clickKeys]
+
+    ClickKeys {
+        id: clickKeys
+        onClicked: control.clicked()
+    }
 
     contentItem: IconLabel {
         isSpoken: false

@@ -31,10 +31,13 @@ Item {
     Accessible.focused: activeFocus
     Accessible.onPressAction: toggle()
     Accessible.onToggleAction: toggle()
-    Keys.onReturnPressed: toggle()
-    Keys.onEnterPressed: toggle()
-    Keys.onSpacePressed: toggle()
+    Keys.forwardTo: [clickKeys]
 
+    ClickKeys {
+        id: clickKeys
+        clicksBySpace: true
+        onClicked: control.toggle()
+    }
     Text {
         id: label
         anchors.left: parent.left

@@ -30,15 +30,7 @@ T.AbstractButton {
     Accessible.name: isRecording ? (L10n.isGerman ? "Stoppen" : "Stop") : (L10n.isGerman ? "Aufnehmen" : "Record")
     Accessible.onPressAction: if (enabled)
         button.clicked()
-    // A key held down is one press.
-    Keys.onReturnPressed: event => {
-        if (!event.isAutoRepeat)
-            button.clicked();
-    }
-    Keys.onEnterPressed: event => {
-        if (!event.isAutoRepeat)
-            button.clicked();
-    }
+    Keys.forwardTo: [clickKeys]
     Component.onCompleted: isPulsing = isRecording
     onIsRecordingChanged: isPulsing = isRecording
 
@@ -67,6 +59,10 @@ T.AbstractButton {
         }
     }
 
+    ClickKeys {
+        id: clickKeys
+        onClicked: button.clicked()
+    }
     RecordMotion {
         id: motion
         objectName: "motion"
