@@ -366,6 +366,7 @@ private Q_SLOTS:
         QVERIFY(screen.isVisible("upgradeButton"));
         QCOMPARE(screen.text("upgradeButton"), QStringLiteral("Upgrade"));
         QCOMPARE(screen.font("upgradeButton").weight(), QFont::Bold);
+        QCOMPARE(screen.color("upgradeButton"), screen.scene.themeColor("purple"));
         QCOMPARE(screen.rect("upgradeButton").left() - screen.rect("usage").right(), 8.0);
         screen.fixture.signIn(plan("basic", 25, 25));
         QVERIFY(!screen.isVisible("upgradeButton"));

@@ -39,7 +39,7 @@ Material {
             anchors.verticalCenter: parent.verticalCenter
             visible: line.record.offersUpgrade
             text: "Upgrade"
-            color: Theme.accentText
+            color: Theme.purple
             font.pixelSize: Theme.caption2
             font.weight: Font.Bold
             onClicked: line.upgradeClicked()
