@@ -67,7 +67,7 @@ ListView {
         if (!activeFocus)
             isKeyboardUsed = true;
         else if (isKeyboardUsed)
-            goTo(recordings.currentRow);
+            goTo((Window.activeFocusItem as RecordingRow)?.index ?? recordings.currentRow);
     }
     Keys.onPressed: event => {
         const row = recordings.currentRow;

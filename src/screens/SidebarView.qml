@@ -128,8 +128,11 @@ Rectangle {
             titleHeight: list.titleHeight
             detailHeight: list.detailHeight
             focus: index === sidebar.recordings.currentRow
-            onActiveFocusChanged: if (activeFocus)
-                list.focusedRow = this
+            onActiveFocusChanged: if (activeFocus) {
+                list.focusedRow = this;
+                // Assistive technology puts the keyboard on any row.
+                sidebar.recordings.currentRow = index;
+            }
             isInView: y + height > list.contentY && y < list.contentY + list.height
             isHovered: recordingId === sidebar.hoveredId
             onPointerEntered: sidebar.hoveredId = recordingId

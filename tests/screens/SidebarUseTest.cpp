@@ -399,6 +399,24 @@ private Q_SLOTS:
         QCOMPARE(bar.viewModel.recordings().at(1).title, QStringLiteral("Meeting 2"));
     }
 
+    void theRowThatAssistiveTechnologyPutsTheKeyboardOnIsTheCurrentOne()
+    {
+        Sidebar bar(test::numberedRecordings(40));
+        bar.row(3).forceActiveFocus(Qt::OtherFocusReason);
+        QVERIFY(bar.row(3).hasActiveFocus());
+        QCOMPARE(bar.list.property("contentY").toDouble(), -6.0);
+        // Likewise while the list has the keyboard already.
+        bar.row(5).forceActiveFocus(Qt::OtherFocusReason);
+        QVERIFY(bar.row(5).hasActiveFocus());
+        bar.scene.press(Qt::Key_Menu);
+        QVERIFY(waitUntil([&] { return isMenuOpen(bar); }));
+        QCOMPARE(menuOf(bar).property("recordingId").toString(),
+                 bar.row(5).property("recordingId").toString());
+        closeMenu(bar);
+        bar.scene.press(Qt::Key_Down);
+        QVERIFY(bar.row(6).hasActiveFocus());
+    }
+
     void assistiveTechnologyIsToldOfRows()
     {
         Sidebar bar(test::recordingsOfAllMarks());
