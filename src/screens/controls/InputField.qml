@@ -4,8 +4,9 @@ import Talvenor
 /// A one-line text field. Its name is its visible label, else the placeholder. A secure one shows bullets only, on
 /// the screen and in the accessibility tree, and gives nothing to the clipboard.
 ///
-/// The text is exactly what was put in, however long. Line breaks in it stay, take no room and break nothing. Of a text of thousands of characters only the beginning can be seen and edited: Qt lays a line out whole
-/// with each key, and for megabytes in many scripts that takes minutes. The rest is held, and goes when all is deleted.
+/// The text is exactly what was put in, however long. Line breaks in it stay, take no room and break nothing. Of a text
+/// of thousands of characters only the beginning can be seen and edited: Qt lays a line out whole with each key, and for
+/// megabytes in many scripts that takes minutes. The rest is held, and goes when all is deleted.
 FocusScope {
     id: field
 
