@@ -249,6 +249,11 @@ void RecordingListModel::showRows(const Entries &next)
         const auto found = std::find_if(m_rows.cbegin(), m_rows.cend(), isCurrent);
         if (found != m_rows.cend())
             m_current = index(static_cast<int>(found - m_rows.cbegin()));
+        else if (std::none_of(m_entries.cbegin(), m_entries.cend(), isCurrent)) {
+            // Whoever deletes one after the other stays where they are.
+            m_current = index(std::min(currentBefore, rowCount() - 1));
+            m_currentId = m_current.isValid() ? m_rows.at(m_current.row())->id : QUuid();
+        }
     }
     if (selectedRow() != selectedBefore)
         Q_EMIT selectedRowChanged();

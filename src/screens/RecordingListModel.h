@@ -59,7 +59,8 @@ public:
     /// The first row of the selected recording, -1 if it is not listed.
     [[nodiscard]] int selectedRow() const;
 
-    /// The row that the keyboard acts on; it stays with its recording while others come and go. -1 for none.
+    /// The row that the keyboard acts on; it stays with its recording while others come and go, and in its
+    /// place when that is deleted. -1 for none.
     [[nodiscard]] int currentRow() const { return m_current.isValid() ? m_current.row() : -1; }
     void setCurrentRow(int row);
 

@@ -305,7 +305,14 @@ private Q_SLOTS:
         QCOMPARE(list.model->currentRow(), -1);
         list.model->setSearchText(QString());
         QCOMPARE(list.model->currentRow(), 2);
-        list.model->deleteRecording(list.idOf(2));
+        // Of a deleted one the next takes the place, and of the last the one before.
+        list.model->setCurrentRow(1);
+        list.model->deleteRecording(list.idOf(1));
+        QCOMPARE(list.model->currentRow(), 1);
+        QCOMPARE(list.titles().at(1), QStringLiteral("Gamma ONE"));
+        list.model->deleteRecording(list.idOf(1));
+        QCOMPARE(list.model->currentRow(), 0);
+        list.model->deleteRecording(list.idOf(0));
         QCOMPARE(list.model->currentRow(), -1);
         list.model->setCurrentRow(7);
         QCOMPARE(list.model->currentRow(), -1);
