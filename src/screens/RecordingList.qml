@@ -42,6 +42,12 @@ ListView {
             positionViewAtIndex(recordings.currentRow, ListView.Contain);
     }
 
+    /// The row that has the keyboard, else the current one; a row that has been removed has no number.
+    function focusedIndex(): int {
+        const index = (Window.activeFocusItem as RecordingRow)?.index ?? -1;
+        return index >= 0 ? index : recordings.currentRow;
+    }
+
     function showTop(): void {
         // The rows have to be there before the view can be moved to the first of them.
         forceLayout();
@@ -67,7 +73,7 @@ ListView {
         if (!activeFocus)
             isKeyboardUsed = true;
         else if (isKeyboardUsed)
-            goTo((Window.activeFocusItem as RecordingRow)?.index ?? recordings.currentRow);
+            goTo(focusedIndex());
     }
     Keys.onPressed: event => {
         const row = recordings.currentRow;

@@ -241,6 +241,7 @@ void RecordingListModel::showRows(const Entries &next)
 {
     const int selectedBefore = selectedRow();
     const int currentBefore = currentRow();
+    const QUuid currentIdBefore = m_currentId;
     replaceRows(
         m_rows, next, [](const auto &entry) { return entry->id; },
         [](const auto &a, const auto &b) { return a == b; });
@@ -257,7 +258,9 @@ void RecordingListModel::showRows(const Entries &next)
     }
     if (selectedRow() != selectedBefore)
         Q_EMIT selectedRowChanged();
-    if (currentRow() != currentBefore)
+    // The row of another recording, which may have the same number, has yet to learn that it is the current
+    // one.
+    if (currentRow() != currentBefore || m_currentId != currentIdBefore)
         Q_EMIT currentRowChanged();
 }
 
@@ -273,14 +276,16 @@ void RecordingListModel::setCurrentRow(int row)
 
 void RecordingListModel::refreshSelection()
 {
-    const QUuid selected = m_viewModel.selectedRecording() ? m_viewModel.selectedRecording()->id : QUuid();
+    const std::optional<Recording> &recording = m_viewModel.selectedRecording();
+    const QUuid selected = recording ? recording->id : QUuid();
     if (selected == m_selectedId)
         return;
     const QUuid before = std::exchange(m_selectedId, selected);
-    for (int row = 0; row < rowCount(); ++row) {
+    for (qsizetype row = 0; row < m_rows.size(); ++row) {
         const QUuid &id = m_rows.at(row)->id;
+        const QModelIndex changed = createIndex(int(row), 0);
         if (id == before || id == selected)
-            Q_EMIT dataChanged(index(row), index(row), {selectedRole});
+            Q_EMIT dataChanged(changed, changed, {selectedRole});
     }
     Q_EMIT selectedRowChanged();
 }

@@ -130,8 +130,9 @@ Rectangle {
             focus: index === sidebar.recordings.currentRow
             onActiveFocusChanged: if (activeFocus) {
                 list.focusedRow = this;
-                // Assistive technology puts the keyboard on any row.
-                sidebar.recordings.currentRow = index;
+                // Assistive technology puts the keyboard on any row; one that has been removed has no number.
+                if (index >= 0)
+                    sidebar.recordings.currentRow = index;
             }
             isInView: y + height > list.contentY && y < list.contentY + list.height
             isHovered: recordingId === sidebar.hoveredId

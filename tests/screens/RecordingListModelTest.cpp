@@ -307,7 +307,9 @@ private Q_SLOTS:
         QCOMPARE(list.model->currentRow(), 2);
         // Of a deleted one the next takes the place, and of the last the one before.
         list.model->setCurrentRow(1);
+        changes.clear();
         list.model->deleteRecording(list.idOf(1));
+        QCOMPARE(changes.size(), 1);
         QCOMPARE(list.model->currentRow(), 1);
         QCOMPARE(list.titles().at(1), QStringLiteral("Gamma ONE"));
         list.model->deleteRecording(list.idOf(1));
