@@ -16,7 +16,7 @@ namespace talvenor {
 /// Main thread. A text of spaces is a search like any other; only titles are searched, regardless of case
 /// (see foldCase). What a row shows is worked out once and kept until its recording changes: titles are
 /// folded when they are first searched, dates written when they are first shown.
-class RecordingListModel : public KeyedListModel
+class RecordingListModel final : public KeyedListModel
 {
     Q_OBJECT
     QML_ELEMENT
